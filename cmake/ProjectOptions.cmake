@@ -57,7 +57,7 @@ function(mdtools_configure_library objects library)
     target_compile_definitions(${objects} PRIVATE MDTOOLS_EXPORTS
         $<$<BOOL:${MDTOOLS_HAS_CONSTINIT_STRING}>:MDTOOLS_HAS_CONSTINIT_STRING>)
     target_compile_features(${objects} PUBLIC cxx_std_20)
-    target_link_libraries(${objects} PRIVATE mdtools_warnings)
+    target_link_libraries(${objects} PRIVATE mdtools_warnings ${MDTOOLS_SYSTEM_LIBRARIES})
     target_include_directories(${library}
         INTERFACE "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>"
                   "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
