@@ -40,9 +40,9 @@ void createWorkDirectory()
     } while (!fs::create_directory(path));
     directory() = path.string();
     // A test that starts itself again as a child hands its directories on.
-    if (std::getenv("MDTOOLS_REGISTRY_DIR") != nullptr &&
-        std::getenv("MDTOOLS_TEST_CHILD") != nullptr)
+    if (std::getenv("MDTOOLS_TEST_CHILD") != nullptr)
         return;
+    setVariable("MDTOOLS_TEST_CHILD", "1");
     for (const char* name : {"registry", "config", "runtime"}) {
         fs::create_directory(path / name);
         fs::permissions(path / name, fs::perms::owner_all);

@@ -1,0 +1,8 @@
+#pragma once
+
+// Everything at once.
+
+#include <mdtools/constants.h>
+#include <mdtools/export.h>
+#include <mdtools/nullable.h>
+#include <mdtools/platform_types.h>

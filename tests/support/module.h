@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+namespace MdToolsTest {
+
+// A library loaded by hand; null if it cannot be loaded.
+void* loadModule(const std::string& path);
+void* findFunction(void* module, const std::string& name);
+void freeModule(void* module);
+
+// True while some copy of the library is in memory.
+bool isModuleLoaded(const std::string& path);
+
+// How many threads this process runs just now.
+int countThreads();
+
+// The path of the library under test, beside the test program.
+std::string libraryPath();
+
+}
