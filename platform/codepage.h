@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+// The process's ANSI code page. It is the same for the whole life of the process; all functions may
+// be called from any thread. On Windows the system's page and conversion answer; elsewhere the page
+// is named by MDTOOLS_CODEPAGE and converted by tables that iconv fills on first use.
+namespace Tools::Platform {
+
+// Marks the bytes that begin a double-byte character; none in single-byte pages and in UTF-8.
+void readLeadBytes(bool (&isLead)[256]);
+
+// Every byte is one UTF-16 unit in this page.
+bool isSingleBytePage();
+
+// A wchar_t holds one UTF-16 unit. What the page lacks becomes its default character, one a unit;
+// broken double-byte characters become what the system puts in their place.
+std::wstring codePageToWide(const char* text, std::size_t size);
+std::string wideToCodePage(const wchar_t* text, std::size_t size);
+
+}

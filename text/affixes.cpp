@@ -1,0 +1,69 @@
+#include "text/code_page.h"
+
+#include <mdtools/encoding.h>
+#include <mdtools/strings.h>
+
+#include <cstring>
+#include <string_view>
+
+namespace Tools {
+
+namespace {
+
+// The character at `p` in lower case, a double-byte one with its first byte above.
+unsigned lowerCharacter(const CodePage& page, const char* p, std::size_t bytes)
+{
+    const auto first = static_cast<unsigned char>(p[0]);
+    if (bytes == 1)
+        return page.lower().singles[first];
+    return page.lower().pairs[first << 8 | static_cast<unsigned char>(p[1])];
+}
+
+// Equal after toLower, for two texts of one size. Lowering keeps the size of a character, so that
+// equal texts have their characters at the same places.
+bool isEqualLowered(const char* a, const char* b, std::size_t size)
+{
+    const CodePage& page = CodePage::get();
+    const char* const end = a + size;
+    const char* const endB = b + size;
+    while (a < end) {
+        const std::size_t bytes = page.length(a, end);
+        if (bytes != page.length(b, endB) ||
+            lowerCharacter(page, a, bytes) != lowerCharacter(page, b, bytes))
+            return false;
+        a += bytes;
+        b += bytes;
+    }
+    return true;
+}
+
+bool isEqual(const char* a, const std::string& b, bool caseSensitive)
+{
+    return caseSensitive ? std::memcmp(a, b.data(), b.size()) == 0
+                         : isEqualLowered(a, b.data(), b.size());
+}
+
+}
+
+bool startsWith(const std::string& s, const std::string& prefix, bool caseSensitive)
+{
+    return s.size() >= prefix.size() && isEqual(s.data(), prefix, caseSensitive);
+}
+
+bool endsWith(const std::string& s, const std::string& suffix, bool caseSensitive)
+{
+    return s.size() >= suffix.size() &&
+           isEqual(s.data() + s.size() - suffix.size(), suffix, caseSensitive);
+}
+
+bool Mbcs::startsWith(const std::string& s, const std::string& prefix)
+{
+    return Tools::startsWith(s, prefix, true);
+}
+
+bool Mbcs::endsWith(const std::string& s, const std::string& suffix)
+{
+    return Tools::endsWith(s, suffix, true);
+}
+
+}

@@ -1,0 +1,86 @@
+#include "text/case_folding.h"
+#include "text/code_page.h"
+
+#include <mdtools/encoding.h>
+#include <mdtools/strings.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+namespace Tools {
+
+namespace {
+
+void mapBytes(char* p, std::size_t size, const CaseFolding::Table& table)
+{
+    std::transform(p, p + size, p, [&table](char c) {
+        return static_cast<char>(table[static_cast<unsigned char>(c)]);
+    });
+}
+
+void mapCharacters(std::string& text, const CodePage& page, const CodePage::CaseMap& map)
+{
+    const char* const end = text.data() + text.size();
+    for (char* p = text.data(); p < end;) {
+        const auto first = static_cast<unsigned char>(p[0]);
+        if (page.length(p, end) == 1) {
+            *p++ = static_cast<char>(map.singles[first]);
+            continue;
+        }
+        const std::uint16_t mapped = map.pairs[first << 8 | static_cast<unsigned char>(p[1])];
+        *p++ = static_cast<char>(mapped >> 8);
+        *p++ = static_cast<char>(mapped & 0xFF);
+    }
+}
+
+std::string mapped(std::string text, const CodePage& page, const CodePage::CaseMap& map)
+{
+    if (page.hasLeadBytes())
+        mapCharacters(text, page, map);
+    else
+        mapBytes(text.data(), text.size(), map.singles);
+    return text;
+}
+
+}
+
+std::string toLower(const std::string& s)
+{
+    const CodePage& page = CodePage::get();
+    return mapped(s, page, page.lower());
+}
+
+std::string toUpper(const std::string& s)
+{
+    const CodePage& page = CodePage::get();
+    return mapped(s, page, page.upper());
+}
+
+char* strlwr(char* p)
+{
+    if (p != nullptr)
+        mapBytes(p, std::strlen(p), CaseFolding::LowerTable);
+    return p;
+}
+
+char* strupr(char* p)
+{
+    if (p != nullptr)
+        mapBytes(p, std::strlen(p), CaseFolding::UpperTable);
+    return p;
+}
+
+std::string& strlwr(std::string& s)
+{
+    mapBytes(s.data(), s.size(), CaseFolding::LowerTable);
+    return s;
+}
+
+std::string& strupr(std::string& s)
+{
+    mapBytes(s.data(), s.size(), CaseFolding::UpperTable);
+    return s;
+}
+
+}

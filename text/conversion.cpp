@@ -1,0 +1,44 @@
+#include "text/conversion.h"
+
+#include "platform/codepage.h"
+
+#include <cstring>
+#include <cwchar>
+
+namespace Tools {
+
+namespace {
+
+std::wstring widen(const char* text, std::size_t size)
+{
+    return size == 0 ? std::wstring() : Platform::codePageToWide(text, size);
+}
+
+std::string narrow(const wchar_t* text, std::size_t size)
+{
+    return size == 0 ? std::string() : Platform::wideToCodePage(text, size);
+}
+
+}
+
+std::wstring toWide(const std::string& text)
+{
+    return widen(text.data(), text.size());
+}
+
+std::wstring toWide(const char* text)
+{
+    return text != nullptr ? widen(text, std::strlen(text)) : std::wstring();
+}
+
+std::string toNarrow(const std::wstring& text)
+{
+    return narrow(text.data(), text.size());
+}
+
+std::string toNarrow(const wchar_t* text)
+{
+    return text != nullptr ? narrow(text, std::wcslen(text)) : std::string();
+}
+
+}
