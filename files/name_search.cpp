@@ -1,0 +1,168 @@
+#include "files/name_search.h"
+
+#include "files/separators.h"
+#include "files/tree.h"
+
+#include <algorithm>
+
+namespace Tools::NameSearch {
+
+namespace {
+
+using Platform::EntryType;
+
+// An empty name means the current directory.
+Platform::Folder openFolder(const std::string& directory)
+{
+    return Platform::Folder(directory.empty() ? std::string(".") : directory);
+}
+
+bool isOwnOrParent(std::string_view name)
+{
+    return name == "." || name == "..";
+}
+
+bool isDirectory(EntryType type)
+{
+    return type == EntryType::Directory || type == EntryType::DirectoryLink;
+}
+
+class Finder : public Tree::Visitor {
+public:
+    Finder(const std::string& directory, const Wildcard& pattern, bool recursive,
+           std::vector<File::Info>& result)
+        : m_pattern(pattern), m_recursive(recursive), m_result(result), m_directory(directory)
+    {
+        Separators::removeFinal(m_directory);
+    }
+
+    void visit(const Platform::Folder& folder, std::vector<std::string>& subfolders) override
+    {
+        std::vector<Found> found;
+        Platform::FolderReader reader(folder);
+        Platform::FolderReader::Entry entry;
+        while (reader.next(entry)) {
+            if (isOwnOrParent(entry.name))
+                continue;
+            if (m_pattern.matches(entry.name))
+                found.push_back({std::string(entry.name), isDirectory(entry.type)});
+            if (m_recursive && entry.type == EntryType::Directory)
+                subfolders.emplace_back(entry.name);
+        }
+        append(found);
+        sortByName(subfolders);
+    }
+
+    bool enter(const Platform::Folder&, const std::string& name) override
+    {
+        m_ends.push_back(m_directory.size());
+        m_directory = Separators::join(m_directory, name);
+        return true;
+    }
+
+    bool leave(const Platform::Folder&, const std::string&) override
+    {
+        m_directory.resize(m_ends.back());
+        m_ends.pop_back();
+        return true;
+    }
+
+private:
+    struct Found {
+        std::string name;
+        bool isDirectory;
+    };
+
+    void append(std::vector<Found>& found)
+    {
+        std::sort(found.begin(), found.end(),
+                  [](const Found& a, const Found& b) { return a.name < b.name; });
+        for (const Found& item : found)
+            m_result.emplace_back(m_directory, item.name,
+                                  item.isDirectory ? File::Info::Type::Directory
+                                                   : File::Info::Type::File);
+    }
+
+    const Wildcard& m_pattern;
+    bool m_recursive;
+    std::vector<File::Info>& m_result;
+    std::string m_directory;
+    std::vector<std::size_t> m_ends;
+};
+
+class Remover : public Tree::Visitor {
+public:
+    Remover(const Wildcard& pattern, bool recursive, const Report& report)
+        : m_pattern(pattern), m_recursive(recursive), m_report(report)
+    {}
+
+    bool succeeded() const { return m_succeeded; }
+
+    void visit(const Platform::Folder& folder, std::vector<std::string>& subfolders) override
+    {
+        // All names are read before the first one goes.
+        std::vector<std::pair<std::string, EntryType>> found;
+        Platform::FolderReader reader(folder);
+        Platform::FolderReader::Entry entry;
+        while (reader.next(entry)) {
+            if (entry.type == EntryType::Directory) {
+                if (m_recursive && !isOwnOrParent(entry.name))
+                    subfolders.emplace_back(entry.name);
+            } else if (!isDirectory(entry.type) && m_pattern.matches(entry.name)) {
+                found.emplace_back(entry.name, entry.type);
+            }
+        }
+        m_succeeded &= !reader.failed();
+        for (const auto& [name, type] : found)
+            remove(folder, name, type);
+    }
+
+    bool enter(const Platform::Folder&, const std::string&) override { return true; }
+    bool leave(const Platform::Folder&, const std::string&) override { return true; }
+
+private:
+    void remove(const Platform::Folder& folder, const std::string& name, EntryType type)
+    {
+        const Platform::ErrorCode code = type == EntryType::File ? folder.removeFile(name, false)
+                                                                 : folder.removeLink(name, type);
+        if (code == 0)
+            return;
+        m_succeeded = false;
+        m_report(name, code);
+    }
+
+    const Wildcard& m_pattern;
+    bool m_recursive;
+    const Report& m_report;
+    bool m_succeeded = true;
+};
+
+}
+
+void sortByName(std::vector<std::string>& names)
+{
+    std::sort(names.begin(), names.end());
+}
+
+void find(const std::string& directory, const Wildcard& pattern, bool recursive,
+          std::vector<File::Info>& result)
+{
+    Platform::Folder folder = openFolder(directory);
+    if (!folder.valid())
+        return;
+    Finder finder(directory, pattern, recursive, result);
+    Tree::walk(std::move(folder), finder);
+}
+
+bool remove(const std::string& directory, const Wildcard& pattern, bool recursive,
+            const Report& report)
+{
+    Platform::Folder folder = openFolder(directory);
+    // Where there is no directory nothing matches; one that may not be read is another matter.
+    if (!folder.valid())
+        return Platform::entryType(directory) == EntryType::None;
+    Remover remover(pattern, recursive, report);
+    return Tree::walk(std::move(folder), remover) && remover.succeeded();
+}
+
+}

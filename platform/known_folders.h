@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+// What the system tells about the user and its directories, in the system's own form.
+namespace Tools::Platform {
+
+// Where programs keep the user's data, without a final separator; empty if there is no such place.
+std::string applicationDataDirectory();
+
+// Ends with a separator; never empty.
+std::string temporaryDirectory();
+
+// Makes an empty file with a name of its own that begins with `prefix`, for this user alone, in
+// the directory of temporary files. Its path, empty if that failed.
+std::string createTemporaryFile(const std::string& prefix);
+
+// Empty if the system knows no name.
+std::string userName();
+
+}

@@ -1,0 +1,284 @@
+#include "platform/filesystem.h"
+
+#include "platform/posix/native_path.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <memory>
+#include <sys/stat.h>
+
+namespace Tools::Platform {
+
+namespace {
+
+constexpr mode_t FileMode = 0666;
+constexpr mode_t DirectoryMode = 0777;
+constexpr mode_t Permissions = 0777;
+
+constexpr ErrorCode AccessDenied = 5;
+constexpr ErrorCode SharingViolation = 32;
+constexpr ErrorCode AlreadyExists = 183;
+
+// How a stream is to be opened, read from the C library's mode text.
+struct OpenMode {
+    int flags = 0;
+    bool truncates = false;
+    std::string text;
+};
+
+OpenMode parseMode(const std::string& mode)
+{
+    OpenMode result;
+    const bool updates = mode.find('+') != std::string::npos;
+    const int access = updates ? O_RDWR : O_WRONLY;
+    const char kind = mode[0];
+    if (kind == 'r')
+        result.flags = updates ? O_RDWR : O_RDONLY;
+    else if (kind == 'w')
+        result.flags = access | O_CREAT;
+    else if (kind == 'a')
+        result.flags = access | O_CREAT | O_APPEND;
+    if (mode.find('x') != std::string::npos)
+        result.flags |= O_EXCL;
+    result.truncates = kind == 'w';
+    result.text = std::string(1, kind) + (updates ? "+" : "");
+    return result;
+}
+
+// Fills a target that was just opened, and removes it again if that fails.
+int fill(const FileDescriptor& source, const struct stat& sourceStatus, FileDescriptor target,
+         const struct stat& targetStatus, const NativePath& to)
+{
+    int cause = copyInto(source.get(), sourceStatus, target.get(), targetStatus);
+    if (const int closed = target.close(); cause == 0)
+        cause = closed;
+    if (cause != 0)
+        ::unlinkat(to.folder(), to.name(), 0);
+    return cause;
+}
+
+// Empties a file that is to be overwritten, unless it may not be.
+ErrorCode takeOver(const FileDescriptor& file, const struct stat& status, const NativePath& path,
+                   const struct stat& source)
+{
+    const bool isSame = source.st_dev == status.st_dev && source.st_ino == status.st_ino;
+    if (isSame || !hold(file.get(), true))
+        return SharingViolation;
+    if (!S_ISREG(status.st_mode) || isWriteProtected(path.folder(), path.name(), status))
+        return AccessDenied;
+    return ::ftruncate(file.get(), 0) == 0 ? 0 : errorCode(errno);
+}
+
+int copyNew(const NativePath& from, const struct stat& status, const NativePath& to)
+{
+    const FileDescriptor source = from.open(O_RDONLY | O_NONBLOCK);
+    if (!source.valid())
+        return errno;
+    FileDescriptor target = to.open(O_WRONLY | O_CREAT | O_EXCL, status.st_mode & Permissions);
+    struct stat targetStatus = {};
+    if (!target.valid() || ::fstat(target.get(), &targetStatus) != 0)
+        return errno;
+    return fill(source, status, std::move(target), targetStatus, to);
+}
+
+// Moving a directory there would mean to copy a tree, which a rename does not do.
+int moveAcross(const NativePath& from, const NativePath& to)
+{
+    struct stat status = {};
+    if (const int cause = from.status(status); cause != 0)
+        return cause;
+    if (!S_ISLNK(status.st_mode) && !S_ISREG(status.st_mode))
+        return EXDEV;
+    int cause = S_ISLNK(status.st_mode)
+                    ? copyLink(from.folder(), from.name(), to.folder(), to.name())
+                    : copyNew(from, status, to);
+    if (cause != 0)
+        return cause;
+    if (::unlinkat(from.folder(), from.name(), 0) == 0)
+        return 0;
+    cause = errno;
+    ::unlinkat(to.folder(), to.name(), 0);
+    return cause;
+}
+
+}
+
+char separator()
+{
+    return '/';
+}
+
+EntryType entryType(const std::string& path)
+{
+    const NativePath native(path);
+    struct stat status = {};
+    if (native.status(status) != 0)
+        return EntryType::None;
+    if (!S_ISLNK(status.st_mode))
+        return S_ISDIR(status.st_mode) ? EntryType::Directory : EntryType::File;
+    return isDirectory(path) ? EntryType::DirectoryLink : EntryType::FileLink;
+}
+
+bool isDirectory(const std::string& path)
+{
+    const NativePath native(path);
+    struct stat status = {};
+    return ::fstatat(native.folder(), native.name(), &status, 0) == 0 && S_ISDIR(status.st_mode);
+}
+
+ErrorCode createDirectory(const std::string& path)
+{
+    const NativePath native(path);
+    if (::mkdirat(native.folder(), native.name(), DirectoryMode) == 0)
+        return 0;
+    return native.error(errno);
+}
+
+ErrorCode createDirectories(const std::string& path)
+{
+    std::string text(path.c_str());
+    std::replace(text.begin(), text.end(), '\\', '/');
+    FileDescriptor folder(::open(text.starts_with('/') ? "/" : ".", O_PATH | O_CLOEXEC));
+    char* rest = nullptr;
+    for (const char* name = ::strtok_r(text.data(), "/", &rest); name != nullptr;
+         name = ::strtok_r(nullptr, "/", &rest)) {
+        FileDescriptor next(::openat(folder.get(), name, O_PATH | O_DIRECTORY | O_CLOEXEC));
+        if (!next.valid() && errno == ENOENT &&
+            (::mkdirat(folder.get(), name, DirectoryMode) == 0 || errno == EEXIST))
+            next = FileDescriptor(::openat(folder.get(), name, O_PATH | O_DIRECTORY | O_CLOEXEC));
+        if (!next.valid())
+            return errno == ENOTDIR ? AlreadyExists : errorCode(errno);
+        folder = std::move(next);
+    }
+    return 0;
+}
+
+ErrorCode removeDirectory(const std::string& path)
+{
+    const NativePath native(path);
+    if (::unlinkat(native.folder(), native.name(), AT_REMOVEDIR) == 0)
+        return 0;
+    return native.error(errno);
+}
+
+std::string currentDirectory()
+{
+    const std::unique_ptr<char, void (*)(void*)> text(::getcwd(nullptr, 0), &std::free);
+    return text == nullptr ? std::string() : std::string(text.get());
+}
+
+bool setCurrentDirectory(const std::string& path)
+{
+    const NativePath native(path);
+    const FileDescriptor folder = native.open(O_PATH | O_DIRECTORY);
+    return folder.valid() && ::fchdir(folder.get()) == 0;
+}
+
+ErrorCode removeFile(const std::string& path)
+{
+    const NativePath native(path);
+    struct stat status = {};
+    if (const int cause = native.status(status); cause != 0)
+        return native.error(cause);
+    const bool isProtected =
+        !S_ISLNK(status.st_mode) && isWriteProtected(native.folder(), native.name(), status);
+    if (S_ISDIR(status.st_mode) || isProtected)
+        return AccessDenied;
+    return ::unlinkat(native.folder(), native.name(), 0) == 0 ? 0 : native.error(errno);
+}
+
+ErrorCode removeLink(const std::string& path, EntryType)
+{
+    const NativePath native(path);
+    return ::unlinkat(native.folder(), native.name(), 0) == 0 ? 0 : native.error(errno);
+}
+
+ErrorCode copyFile(const std::string& source, const std::string& target)
+{
+    const NativePath from(source);
+    const NativePath to(target);
+    const FileDescriptor input = from.open(O_RDONLY | O_NONBLOCK);
+    if (!input.valid())
+        return from.error(errno);
+    struct stat inputStatus = {};
+    if (::fstat(input.get(), &inputStatus) != 0 || !S_ISREG(inputStatus.st_mode))
+        return AccessDenied;
+    if (isHeld(input.get(), false))
+        return SharingViolation;
+
+    FileDescriptor output = to.open(O_WRONLY | O_CREAT | O_EXCL, inputStatus.st_mode & Permissions);
+    const bool existed = !output.valid() && errno == EEXIST;
+    if (existed)
+        output = to.open(O_WRONLY | O_NONBLOCK);
+    struct stat outputStatus = {};
+    if (!output.valid() || ::fstat(output.get(), &outputStatus) != 0)
+        return to.error(errno);
+    if (existed) {
+        if (const ErrorCode code = takeOver(output, outputStatus, to, inputStatus); code != 0)
+            return code;
+    }
+    const int cause = fill(input, inputStatus, std::move(output), outputStatus, to);
+    return cause == 0 ? 0 : errorCode(cause);
+}
+
+ErrorCode renameEntry(const std::string& oldPath, const std::string& newPath)
+{
+    const NativePath from(oldPath);
+    const NativePath to(newPath);
+    if (::renameat2(from.folder(), from.name(), to.folder(), to.name(), RENAME_NOREPLACE) == 0)
+        return 0;
+    int cause = errno;
+    if (cause == EXDEV)
+        cause = moveAcross(from, to);
+    if (cause == 0)
+        return 0;
+    if (cause == EINVAL || cause == ENOSYS) {
+        // The file system cannot tell in the same step whether the new name is free.
+        struct stat status = {};
+        if (to.status(status) == 0)
+            return AlreadyExists;
+        if (::renameat(from.folder(), from.name(), to.folder(), to.name()) == 0)
+            return 0;
+        cause = errno;
+    }
+    const ErrorCode code = from.error(cause);
+    return code == errorCode(ENOENT) ? to.error(cause) : code;
+}
+
+std::FILE* openStream(const std::string& path, const std::string& mode)
+{
+    const OpenMode wanted = parseMode(mode);
+    FileDescriptor file = NativePath(path).open(wanted.flags, FileMode);
+    struct stat status = {};
+    if (!file.valid() || ::fstat(file.get(), &status) != 0 || S_ISDIR(status.st_mode))
+        return nullptr;
+    if (S_ISREG(status.st_mode)) {
+        const bool writes = (wanted.flags & O_ACCMODE) != O_RDONLY;
+        // Contents go only when it is certain that nobody else uses them.
+        if (!hold(file.get(), writes) || (wanted.truncates && ::ftruncate(file.get(), 0) != 0))
+            return nullptr;
+    }
+    std::FILE* stream = ::fdopen(file.get(), wanted.text.c_str());
+    if (stream != nullptr)
+        file.release();
+    return stream;
+}
+
+bool isLocked(const std::string& path)
+{
+    const NativePath native(path);
+    struct stat status = {};
+    if (native.status(status) != 0)
+        return false;
+    if (S_ISLNK(status.st_mode) && ::fstatat(native.folder(), native.name(), &status, 0) != 0)
+        return true;
+    if (S_ISDIR(status.st_mode) || isWriteProtected(native.folder(), native.name(), status))
+        return true;
+    const FileDescriptor file = native.open(O_RDWR | O_NONBLOCK);
+    return !file.valid() || isHeld(file.get(), true);
+}
+
+}

@@ -1,0 +1,207 @@
+#include "platform/folder.h"
+
+#include "platform/posix/native_path.h"
+
+#include <cstddef>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace Tools::Platform {
+
+namespace {
+
+constexpr int ReadFlags = O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC;
+constexpr mode_t Permissions = 0777;
+constexpr std::size_t BufferSize = std::size_t{64} * 1024;
+constexpr ErrorCode AccessDenied = 5;
+
+EntryType typeOf(mode_t mode)
+{
+    return S_ISDIR(mode) ? EntryType::Directory : EntryType::File;
+}
+
+// For the entries whose type the enumeration itself does not tell: links, and all of them on a few
+// file systems.
+EntryType lookUpType(int folder, const char* name)
+{
+    struct stat status = {};
+    if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0)
+        return EntryType::None;
+    if (!S_ISLNK(status.st_mode))
+        return typeOf(status.st_mode);
+    const bool leadsToDirectory =
+        ::fstatat(folder, name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+    return leadsToDirectory ? EntryType::DirectoryLink : EntryType::FileLink;
+}
+
+}
+
+struct Folder::State {
+    FileDescriptor file;
+
+    int get() const { return file.get(); }
+};
+
+Folder::Folder() = default;
+
+Folder::Folder(const std::string& path) : m_state(new State{NativePath(path).open(ReadFlags)}) {}
+
+Folder::Folder(Folder&& other) noexcept = default;
+Folder& Folder::operator=(Folder&& other) noexcept = default;
+Folder::~Folder() = default;
+
+bool Folder::valid() const
+{
+    return m_state != nullptr && m_state->file.valid();
+}
+
+FolderIdentity Folder::identity() const
+{
+    struct stat status = {};
+    if (!valid() || ::fstat(m_state->get(), &status) != 0)
+        return {};
+    return {status.st_dev, status.st_ino};
+}
+
+Folder Folder::openChild(const std::string& name) const
+{
+    Folder child;
+    child.m_state.reset(
+        new State{FileDescriptor(::openat(m_state->get(), name.c_str(), ReadFlags | O_NOFOLLOW))});
+    return child;
+}
+
+Folder Folder::openParent() const
+{
+    Folder parent;
+    parent.m_state.reset(new State{
+        FileDescriptor(::openat(m_state->get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC))});
+    return parent;
+}
+
+ErrorCode Folder::createChild(const std::string& name, const Folder& model) const
+{
+    struct stat status = {};
+    if (::fstat(model.m_state->get(), &status) != 0)
+        return errorCode(errno);
+    const mode_t mode = (status.st_mode & Permissions) | S_IRWXU;
+    return ::mkdirat(m_state->get(), name.c_str(), mode) == 0 ? 0 : errorCode(errno);
+}
+
+ErrorCode Folder::removeFile(const std::string& name, bool force) const
+{
+    if (!force) {
+        struct stat status = {};
+        if (::fstatat(m_state->get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+            return errorCode(errno);
+        if (isWriteProtected(m_state->get(), name.c_str(), status))
+            return AccessDenied;
+    }
+    return ::unlinkat(m_state->get(), name.c_str(), 0) == 0 ? 0 : errorCode(errno);
+}
+
+ErrorCode Folder::removeLink(const std::string& name, EntryType) const
+{
+    return ::unlinkat(m_state->get(), name.c_str(), 0) == 0 ? 0 : errorCode(errno);
+}
+
+ErrorCode Folder::removeChild(const std::string& name) const
+{
+    const int result = ::unlinkat(m_state->get(), name.c_str(), AT_REMOVEDIR);
+    return result == 0 ? 0 : errorCode(errno);
+}
+
+void Folder::allowRemoval() const
+{
+    struct stat status = {};
+    if (::fstat(m_state->get(), &status) == 0 && (status.st_mode & S_IWUSR) == 0)
+        ::fchmod(m_state->get(), (status.st_mode & Permissions) | S_IRWXU);
+}
+
+ErrorCode Folder::copyFile(const std::string& name, const Folder& target) const
+{
+    const FileDescriptor input(
+        ::openat(m_state->get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    struct stat inputStatus = {};
+    if (!input.valid() || ::fstat(input.get(), &inputStatus) != 0)
+        return errorCode(errno);
+    if (!S_ISREG(inputStatus.st_mode))
+        return AccessDenied;
+    if (isHeld(input.get(), false))
+        return errorCode(EAGAIN);
+    FileDescriptor output(::openat(target.m_state->get(), name.c_str(),
+                                   O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+                                   inputStatus.st_mode & Permissions));
+    struct stat outputStatus = {};
+    if (!output.valid() || ::fstat(output.get(), &outputStatus) != 0)
+        return errorCode(errno);
+    int cause = copyInto(input.get(), inputStatus, output.get(), outputStatus);
+    if (const int closed = output.close(); cause == 0)
+        cause = closed;
+    if (cause == 0)
+        return 0;
+    ::unlinkat(target.m_state->get(), name.c_str(), 0);
+    return errorCode(cause);
+}
+
+ErrorCode Folder::copyLink(const std::string& name, EntryType, const Folder& target) const
+{
+    const int cause =
+        Platform::copyLink(m_state->get(), name.c_str(), target.m_state->get(), name.c_str());
+    return cause == 0 ? 0 : errorCode(cause);
+}
+
+struct FolderReader::State {
+    int folder = -1;
+    bool failed = false;
+    std::size_t position = 0;
+    std::size_t size = 0;
+    alignas(dirent64) char buffer[BufferSize];
+};
+
+FolderReader::FolderReader(const Folder& folder) : m_state(new State)
+{
+    m_state->folder = folder.valid() ? folder.m_state->get() : -1;
+    m_state->failed = ::lseek64(m_state->folder, 0, SEEK_SET) != 0;
+}
+
+FolderReader::~FolderReader() = default;
+
+bool FolderReader::next(Entry& entry)
+{
+    State& state = *m_state;
+    if (state.position == state.size) {
+        if (state.failed)
+            return false;
+        const ssize_t count = ::getdents64(state.folder, state.buffer, BufferSize);
+        state.failed = count < 0;
+        state.position = 0;
+        state.size = count < 0 ? 0 : std::size_t(count);
+        if (state.size == 0)
+            return false;
+    }
+    const auto* record = reinterpret_cast<const dirent64*>(state.buffer + state.position);
+    state.position += record->d_reclen;
+    entry.name = record->d_name;
+    switch (record->d_type) {
+    case DT_DIR:
+        entry.type = EntryType::Directory;
+        break;
+    case DT_LNK:
+    case DT_UNKNOWN:
+        entry.type = lookUpType(state.folder, record->d_name);
+        break;
+    default:
+        entry.type = EntryType::File;
+    }
+    return true;
+}
+
+bool FolderReader::failed() const
+{
+    return m_state->failed;
+}
+
+}

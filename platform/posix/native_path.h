@@ -1,0 +1,59 @@
+#pragma once
+
+#include "platform/filesystem.h"
+#include "platform/posix/file_descriptor.h"
+
+#include <string>
+
+struct stat;
+
+namespace Tools::Platform {
+
+// The Windows number for a cause told by errno. A missing name counts as a missing file.
+ErrorCode errorCode(int cause);
+
+// A path as the calls with a directory descriptor take it. A text too long for one call is walked
+// in pieces to a directory near its end.
+class NativePath {
+public:
+    explicit NativePath(const std::string& path);
+
+    int folder() const { return m_folder.valid() ? m_folder.get() : m_noFolder; }
+    const char* name() const { return m_name; }
+
+    // As errorCode(), but a name missing because its directory is missing has a number of its own.
+    ErrorCode error(int cause) const;
+
+    // The status of the entry itself, not of a link's target; 0 or the cause.
+    int status(struct stat& result) const;
+    // Never inherited by child processes.
+    FileDescriptor open(int flags, unsigned mode = 0) const;
+
+private:
+    bool hasParent() const;
+
+    std::string m_text;
+    const char* m_name;
+    FileDescriptor m_folder;
+    int m_noFolder;
+};
+
+// Neither its permissions nor the user's rights let the entry be written. The permissions alone
+// count for the system's administrator, too, as the read-only flag of a file does on Windows.
+bool isWriteProtected(int folder, const char* name, const struct stat& status);
+
+// Another opening of the file holds a lock that keeps out readers, or (`writing`) anybody.
+bool isHeld(int file, bool writing);
+// Takes a lock for as long as the file is open; false if another one is in the way. File systems
+// without locks keep nobody out.
+bool hold(int file, bool writing);
+
+// Copies contents, permissions and modification time into an empty file. 0 or the cause.
+int copyInto(int source, const struct stat& sourceStatus, int target,
+             const struct stat& targetStatus);
+// Makes a link with the same text as another one. 0 or the cause.
+int copyLink(int sourceFolder, const char* source, int targetFolder, const char* target);
+// Writes all of the bytes. 0 or the cause.
+int writeAll(int target, const char* bytes, std::size_t size);
+
+}
