@@ -1,0 +1,228 @@
+#include "girder/solver.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+namespace {
+
+using namespace Girder;
+
+constexpr double Stiffness = 2.5e6;
+
+Model girderOf(const std::vector<double>& lengths, Support left, Support right, double load)
+{
+    Model model;
+    for (const double length : lengths)
+        model.spans.push_back({length, Stiffness, {load, {}}});
+    model.supports.assign(lengths.size() + 1, Support::Interior);
+    model.supports.front() = left;
+    model.supports.back() = right;
+    return model;
+}
+
+// One load of 80 kN on a simple beam of 10 m, 4 m from the left end.
+Model beamUnderForce(Support left, Support right)
+{
+    Model model = girderOf({10.0}, left, right, 0.0);
+    model.spans[0].loads.points = {{4.0, 80.0}};
+    return model;
+}
+
+Model randomGirder(std::mt19937& random)
+{
+    std::uniform_real_distribution<double> share(0.0, 1.0);
+    std::uniform_int_distribution<int> count(1, 8);
+    const auto end = [&] { return share(random) < 0.5 ? Support::Hinged : Support::Fixed; };
+    Model model =
+        girderOf(std::vector<double>(static_cast<std::size_t>(count(random))), end(), end(), 0.0);
+    for (Span& span : model.spans) {
+        span.length = 1.0 + 40.0 * share(random);
+        span.stiffness = std::exp(8.0 + 8.0 * share(random));
+        span.loads.uniform = 100.0 * share(random) - 30.0;
+        for (int i = count(random); i > 1; --i)
+            span.loads.points.push_back(
+                {span.length * share(random), 500.0 * share(random) - 99.0});
+    }
+    // Forces that stand over a support, on one another.
+    model.spans[0].loads.points.push_back({0.0, 10.0});
+    model.spans[0].loads.points.push_back({model.spans[0].length, 20.0});
+    model.spans[0].loads.points.push_back({model.spans[0].length, 30.0});
+    return model;
+}
+
+void expectNear(double value, double expected)
+{
+    EXPECT_NEAR(value, expected, 1e-11 * std::max(1.0, std::abs(expected)));
+}
+
+void expectExtreme(const Extreme& extreme, double value, std::size_t span, double position)
+{
+    expectNear(extreme.value, value);
+    EXPECT_EQ(extreme.span, span);
+    EXPECT_NEAR(extreme.position, position, 1e-7);
+}
+
+TEST(GirderSolver, closedSolutions)
+{
+    constexpr auto H = Support::Hinged;
+    constexpr auto F = Support::Fixed;
+    constexpr double q = 12.0;
+    constexpr double L = 8.0;
+    constexpr double M = q * L * L;
+    struct Case {
+        const char* name;
+        std::vector<double> lengths;
+        Support left, right;
+        std::vector<double> moments, reactions;
+    };
+    const Case cases[] = {
+        {"one span", {L}, H, H, {0, 0}, {q * L / 2, q * L / 2}},
+        {"two equal spans",
+         {L, L},
+         H,
+         H,
+         {0, -M / 8, 0},
+         {0.375 * q * L, 1.25 * q * L, 0.375 * q * L}},
+        {"three equal spans",
+         {L, L, L},
+         H,
+         H,
+         {0, -M / 10, -M / 10, 0},
+         {0.4 * q * L, 1.1 * q * L, 1.1 * q * L, 0.4 * q * L}},
+        {"fixed ends", {L}, F, F, {-M / 12, -M / 12}, {q * L / 2, q * L / 2}},
+        {"left end fixed", {L}, F, H, {-M / 8, 0}, {0.625 * q * L, 0.375 * q * L}},
+        {"two spans, fixed ends",
+         {L, L},
+         F,
+         F,
+         {-M / 12, -M / 12, -M / 12},
+         {q * L / 2, q * L, q * L / 2}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const Model model = girderOf(c.lengths, c.left, c.right, q);
+        const Solution solution = Solver(model).solve();
+        for (std::size_t i = 0; i < c.moments.size(); ++i) {
+            expectNear(solution.supportMoments[i], c.moments[i]);
+            expectNear(solution.reactions[i], c.reactions[i]);
+        }
+    }
+}
+
+TEST(GirderSolver, extremesLieBetweenStations)
+{
+    constexpr double q = 12.0;
+    constexpr double L = 8.0;
+    const Extremes simple =
+        Solver(girderOf({L}, Support::Hinged, Support::Hinged, q)).solve().extremes();
+    expectExtreme(simple.moment.maximum(), q * L * L / 8, 0, L / 2);
+    expectExtreme(simple.deflection.maximum(), 5 * q * std::pow(L, 4) / (384 * Stiffness), 0,
+                  L / 2);
+    expectExtreme(simple.shear.minimum(), -q * L / 2, 0, L);
+
+    // The field moment of two spans lies at 3/8 of the outer half, its deflection at 0.4215 L.
+    const Extremes two =
+        Solver(girderOf({L, L}, Support::Hinged, Support::Hinged, q)).solve().extremes();
+    const double flat = L * (1 + std::sqrt(33.0)) / 16;
+    expectExtreme(two.moment.maximum(), 9 * q * L * L / 128, 0, 0.375 * L);
+    expectExtreme(two.moment.minimum(), -q * L * L / 8, 0, L);
+    expectExtreme(two.shear.maximum(), 0.625 * q * L, 1, 0.0);
+    EXPECT_EQ(two.deflection.maximum().span, 0U);
+    EXPECT_NEAR(two.deflection.maximum().position, flat, 1e-7);
+    EXPECT_EQ(two.deflection.minimum().value, 0.0);
+
+    // A force off centre: deflection greatest at sqrt((L2 - a2) / 3) from the far end.
+    const Extremes force =
+        Solver(beamUnderForce(Support::Hinged, Support::Hinged)).solve().extremes();
+    const double x = std::sqrt((100.0 - 16.0) / 3.0);
+    expectExtreme(force.moment.maximum(), 192.0, 0, 4.0);
+    expectExtreme(force.shear.maximum(), 48.0, 0, 0.0);
+    expectExtreme(force.shear.minimum(), -32.0, 0, 4.0);
+    expectExtreme(force.deflection.maximum(), 80.0 * 4.0 * x * x * x / (30.0 * Stiffness), 0,
+                  10.0 - x);
+    const Solution fixed = Solver(beamUnderForce(Support::Fixed, Support::Fixed)).solve();
+    expectNear(fixed.supportMoments[0], -80.0 * 4 * 36 / 100);
+    expectNear(fixed.supportMoments[1], -80.0 * 16 * 6 / 100);
+}
+
+// Equilibrium and the continuity of the tangent together have one solution only.
+TEST(GirderSolver, randomModelsAreInEquilibriumAndContinuous)
+{
+    std::mt19937 random(7);
+    for (int run = 0; run < 300; ++run) {
+        SCOPED_TRACE(run);
+        const Model model = randomGirder(random);
+        const Solution solution = Solver(model).solve();
+        double forces = 0.0, moments = 0.0, magnitude = 0.0, start = 0.0;
+        for (std::size_t i = 0; i < model.spans.size(); ++i) {
+            const Span& span = model.spans[i];
+            const double total = span.loads.uniform * span.length;
+            forces += total - solution.reactions[i];
+            moments += total * (start + span.length / 2) - solution.reactions[i] * start;
+            magnitude += std::abs(total);
+            for (const PointLoad& load : span.loads.points) {
+                forces += load.force;
+                moments += load.force * (start + load.position);
+                magnitude += std::abs(load.force);
+            }
+            start += span.length;
+        }
+        forces -= solution.reactions.back();
+        moments -= solution.reactions.back() * start;
+        moments += solution.supportMoments.front() - solution.supportMoments.back();
+        EXPECT_NEAR(forces, 0.0, 1e-12 * magnitude);
+        EXPECT_NEAR(moments, 0.0, 1e-12 * magnitude * start);
+
+        for (std::size_t i = 0; i <= model.spans.size(); ++i) {
+            const double left =
+                i == 0 ? 0.0 : solution.spans[i - 1].slope(model.spans[i - 1].length);
+            const double right = i == model.spans.size() ? 0.0 : solution.spans[i].slope(0.0);
+            const double scale = std::abs(left) + std::abs(right) + 1e-3;
+            if (model.supports[i] == Support::Hinged)
+                EXPECT_EQ(solution.supportMoments[i], 0.0);
+            else
+                EXPECT_NEAR(left, right, 1e-10 * scale) << "support " << i;
+        }
+    }
+}
+
+// The curves belong together: each is the derivative of the next, and no station exceeds an
+// extreme.
+TEST(GirderSolver, curvesFitTheirDerivativesAndExtremes)
+{
+    std::mt19937 random(11);
+    for (int run = 0; run < 100; ++run) {
+        SCOPED_TRACE(run);
+        const Model model = randomGirder(random);
+        const Solution solution = Solver(model).solve();
+        const Extremes extremes = solution.extremes();
+        for (std::size_t i = 0; i < model.spans.size(); ++i) {
+            const SpanLine& line = solution.spans[i];
+            const double h = line.length() * 1e-4;
+            for (double x = 1.5 * h; x < line.length() - h; x += line.length() / 57) {
+                const auto within = [&](double value, const Range& range) {
+                    const double slack = 1e-9 * (1e-9 + std::abs(value));
+                    return value >= range.minimum().value - slack &&
+                           value <= range.maximum().value + slack;
+                };
+                EXPECT_TRUE(within(line.moment(x), extremes.moment));
+                EXPECT_TRUE(within(line.shear(x), extremes.shear));
+                EXPECT_TRUE(within(line.deflection(x), extremes.deflection));
+                const double rate = (line.deflection(x + h) - line.deflection(x - h)) / (2 * h);
+                const double bend = line.length() / model.spans[i].stiffness;
+                const double scale = bend * (std::abs(extremes.moment.minimum().value) +
+                                             extremes.moment.maximum().value);
+                EXPECT_NEAR(rate, line.slope(x), 1e-6 * scale);
+                const double jump =
+                    line.shear(x + h) - line.shear(x - h) + 2 * h * model.spans[i].loads.uniform;
+                const double growth = (line.moment(x + h) - line.moment(x - h)) / (2 * h);
+                EXPECT_NEAR(growth, line.shear(x), std::abs(jump) + 1e-6);
+            }
+        }
+    }
+}
+
+}
