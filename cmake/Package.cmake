@@ -14,4 +14,7 @@ configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/MdToolsConfig.cmake.in"
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/MdToolsConfigVersion.cmake"
     COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/MdToolsConfig.cmake"
-    "${PROJECT_BINARY_DIR}/MdToolsConfigVersion.cmake" DESTINATION "${packageDirectory}")
+    "${PROJECT_BINARY_DIR}/MdToolsConfigVersion.cmake"
+    "${CMAKE_CURRENT_LIST_DIR}/MdToolsVersionResource.cmake"
+    "${CMAKE_CURRENT_LIST_DIR}/version_resource.rc.in"
+    "${CMAKE_CURRENT_LIST_DIR}/version_section.cpp.in" DESTINATION "${packageDirectory}")

@@ -18,6 +18,8 @@ public:
 
     bool valid() const { return m_handle != -1; }
     std::uint64_t size() const;
+    // The next read() begins there. False if the system failed.
+    bool seek(std::uint64_t offset);
     // Fills the buffer as far as the file goes; `count` is less than `capacity` only at its end.
     // False if the system failed.
     bool read(void* buffer, std::size_t capacity, std::size_t& count);

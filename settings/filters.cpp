@@ -95,8 +95,8 @@ bool isRepresentable(const std::string& model, const std::string& program)
 }
 
 Minor::Minor() = default;
-Minor::Minor(const Minor& other) = default;
-Minor& Minor::operator=(const Minor& other) = default;
+Minor::Minor(const Minor&) = default;
+Minor& Minor::operator=(const Minor&) = default;
 Minor::~Minor() = default;
 
 std::unique_ptr<Minor> Minor::create(const std::string& name)
@@ -126,8 +126,8 @@ bool Minor::areEqual(const Minor* a, const Minor& b)
 namespace Minors {
 
 Building3d::Building3d() = default;
-Building3d::Building3d(const Building3d& other) = default;
-Building3d& Building3d::operator=(const Building3d& other) = default;
+Building3d::Building3d(const Building3d&) = default;
+Building3d& Building3d::operator=(const Building3d&) = default;
 Building3d::~Building3d() = default;
 
 std::unique_ptr<Minor> Building3d::clone() const

@@ -1,5 +1,6 @@
 #include "support/child_process.h"
 #include "support/module.h"
+#include "support/process_state.h"
 
 #include <gtest/gtest.h>
 

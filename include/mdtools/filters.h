@@ -72,8 +72,8 @@ public:
 
 protected:
     Minor();
-    Minor(const Minor& other);
-    Minor& operator=(const Minor& other);
+    Minor(const Minor&);
+    Minor& operator=(const Minor&);
 };
 
 namespace Minors {
@@ -85,8 +85,8 @@ MDTOOLS_API extern const char* const Building3dName;
 class MDTOOLS_API Building3d : public Minor {
 public:
     Building3d();
-    Building3d(const Building3d& other);
-    Building3d& operator=(const Building3d& other);
+    Building3d(const Building3d&);
+    Building3d& operator=(const Building3d&);
     ~Building3d() override;
 
     std::unique_ptr<Minor> clone() const override;

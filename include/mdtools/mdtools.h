@@ -2,13 +2,20 @@
 
 // Everything at once.
 
+#include <mdtools/build_number.h>
 #include <mdtools/constants.h>
 #include <mdtools/directory.h>
+#include <mdtools/encoding.h>
 #include <mdtools/error.h>
 #include <mdtools/export.h>
 #include <mdtools/file.h>
 #include <mdtools/filters.h>
 #include <mdtools/folders.h>
+#include <mdtools/mdml_constants.h>
 #include <mdtools/nullable.h>
 #include <mdtools/path.h>
 #include <mdtools/platform_types.h>
+#include <mdtools/strings.h>
+#include <mdtools/version_info.h>
+#include <mdtools/version_number.h>
+#include <mdtools/version_text.h>

@@ -44,6 +44,11 @@ std::uint64_t InputFile::size() const
     return ::fstat(descriptor(m_handle), &status) == 0 ? std::uint64_t(status.st_size) : 0;
 }
 
+bool InputFile::seek(std::uint64_t offset)
+{
+    return ::lseek(descriptor(m_handle), static_cast<off_t>(offset), SEEK_SET) >= 0;
+}
+
 bool InputFile::read(void* buffer, std::size_t capacity, std::size_t& count)
 {
     count = 0;

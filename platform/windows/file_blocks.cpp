@@ -64,6 +64,13 @@ std::uint64_t InputFile::size() const
                : 0;
 }
 
+bool InputFile::seek(std::uint64_t offset)
+{
+    LARGE_INTEGER target = {};
+    target.QuadPart = static_cast<LONGLONG>(offset);
+    return ::SetFilePointerEx(handle(m_handle), target, nullptr, FILE_BEGIN) != FALSE;
+}
+
 bool InputFile::read(void* buffer, std::size_t capacity, std::size_t& count)
 {
     constexpr std::size_t Largest = std::size_t{1} << 30U;

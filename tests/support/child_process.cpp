@@ -46,14 +46,37 @@ std::string takeFile(const std::string& name)
 
 }
 
+#ifdef _WIN32
+const char PathSeparator = ';';
+#else
+const char PathSeparator = ':';
+#endif
+
+namespace {
+
+std::string besideOwnProgram(const std::string& file)
+{
+    return (std::filesystem::path(ownProgram()).parent_path() / file).string();
+}
+
+}
+
 std::string builtProgram(const std::string& name)
 {
 #ifdef _WIN32
-    const std::string extension = ".exe";
+    return besideOwnProgram(name + ".exe");
 #else
-    const std::string extension;
+    return besideOwnProgram(name);
 #endif
-    return (std::filesystem::path(ownProgram()).parent_path() / (name + extension)).string();
+}
+
+std::string builtLibrary(const std::string& target)
+{
+#ifdef _WIN32
+    return besideOwnProgram("lib" + target + ".dll");
+#else
+    return besideOwnProgram("lib" + target + ".so");
+#endif
 }
 
 ChildResult runChild(const std::string& program, const std::vector<std::string>& arguments,

@@ -29,6 +29,11 @@ std::string ownProgram();
 
 // The path of another program of this build (a tool, an example), which stands beside the test.
 std::string builtProgram(const std::string& name);
+// The same for a library, by its target's name.
+std::string builtLibrary(const std::string& target);
+
+// Between the directories of the search path.
+extern const char PathSeparator;
 
 // As runChild(), but returns at once; the destructor ends the child if it still runs.
 class Child {

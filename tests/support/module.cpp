@@ -6,8 +6,6 @@
 
 #ifdef _WIN32
 #include <windows.h>
-
-#include <tlhelp32.h>
 #else
 #include <dlfcn.h>
 #endif
@@ -34,19 +32,6 @@ void freeModule(void* module)
 bool isModuleLoaded(const std::string& path)
 {
     return ::GetModuleHandleA(path.c_str()) != nullptr;
-}
-
-int countThreads()
-{
-    const HANDLE snapshot = ::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    THREADENTRY32 entry{};
-    entry.dwSize = sizeof(entry);
-    int count = 0;
-    for (BOOL more = ::Thread32First(snapshot, &entry); more;
-         more = ::Thread32Next(snapshot, &entry))
-        count += entry.th32OwnerProcessID == ::GetCurrentProcessId() ? 1 : 0;
-    ::CloseHandle(snapshot);
-    return count;
 }
 
 std::string libraryPath()
@@ -77,15 +62,6 @@ bool isModuleLoaded(const std::string& path)
     if (module)
         ::dlclose(module);
     return module != nullptr;
-}
-
-int countThreads()
-{
-    int count = 0;
-    for ([[maybe_unused]] const auto& entry :
-         std::filesystem::directory_iterator("/proc/self/task"))
-        ++count;
-    return count;
 }
 
 std::string libraryPath()

@@ -12,9 +12,6 @@ void freeModule(void* module);
 // True while some copy of the library is in memory.
 bool isModuleLoaded(const std::string& path);
 
-// How many threads this process runs just now.
-int countThreads();
-
 // The path of the library under test, beside the test program.
 std::string libraryPath();
 

@@ -1,0 +1,11 @@
+#pragma once
+
+namespace MdToolsTest {
+
+// What this process has just now: threads; open handles or descriptors; children, ended ones that
+// nobody has waited for included.
+int countThreads();
+int countHandles();
+int countChildren();
+
+}
