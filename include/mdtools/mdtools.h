@@ -6,6 +6,8 @@
 #include <mdtools/constants.h>
 #include <mdtools/directory.h>
 #include <mdtools/encoding.h>
+#include <mdtools/constants.h>
+#include <mdtools/directory.h>
 #include <mdtools/error.h>
 #include <mdtools/export.h>
 #include <mdtools/file.h>
@@ -19,3 +21,4 @@
 #include <mdtools/version_info.h>
 #include <mdtools/version_number.h>
 #include <mdtools/version_text.h>
+#include <mdtools/registry.h>

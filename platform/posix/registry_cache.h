@@ -1,0 +1,97 @@
+#pragma once
+
+#include "platform/posix/registry_database.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace Tools::Platform {
+
+// One hive: its database, and what was read from it. What was read is served again as long as the
+// change counter stands still; when nothing can be told from that, SQLite is asked whether another
+// process has changed anything. For one thread at a time.
+class RegistryCache {
+    struct TextHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const
+        {
+            return std::hash<std::string_view>()(text);
+        }
+    };
+    template <class Entry>
+    using ByName = std::unordered_map<std::string, Entry, TextHash, std::equal_to<>>;
+    using Names = std::optional<std::vector<std::string>>;
+
+    // What is known of a key. An entry stands under each spelling that was asked for, also for what
+    // does not exist.
+    struct KnownKey {
+        bool exists = false;
+        ByName<StoredValue> values;
+        ByName<KeyId> subkeys;
+        Names valueNames;
+        Names subkeyNames;
+    };
+
+public:
+    // A key's number, and the way to what is known of it.
+    struct Key {
+        KeyId id = NoKey;
+        KnownKey* known = nullptr;
+        std::uint64_t epoch = 0;
+    };
+
+    explicit RegistryCache(RegistryDatabase::Place place);
+
+    // The key at the end of the names, or NoKey. While there is no database there is just the root;
+    // below one that cannot be used there is nothing.
+    KeyId find(KeyId from, KeyNames names);
+    KeyId findOrCreate(KeyId from, KeyNames names);
+
+    // Null if there is no such value.
+    const StoredValue* value(Key& key, std::string_view name);
+    bool writeValue(Key& key, std::string_view name, std::uint32_t kind, std::string_view data);
+    bool removeValue(Key& key, std::string_view name);
+    bool removeTree(KeyId key);
+
+    // Null if there is no such key.
+    const std::vector<std::string>* valueNames(Key& key);
+    const std::vector<std::string>* subkeyNames(Key& key);
+
+    // The next call opens the database again.
+    void close() { m_database.close(); }
+
+private:
+    using List = bool (RegistryDatabase::*)(KeyId key, std::vector<std::string>& names);
+
+    void checkFiles();
+    bool refresh();
+    bool refreshSlowly();
+    bool isEmptyRoot(KeyId key);
+    bool openFor(KeyId key);
+    void clear();
+    void reserve(std::size_t size);
+    void adopt(RegistryDatabase::Change change);
+    void forgetValues(Key& key);
+    KnownKey& known(Key& key);
+    KeyId subkey(KeyId parent, std::string_view name);
+    bool exists(KeyId key);
+    const StoredValue* readValue(Key& key, std::string_view name);
+    const std::vector<std::string>* names(Key& key, Names KnownKey::*kind, List list);
+
+    RegistryDatabase m_database;
+    std::unordered_map<KeyId, KnownKey> m_keys;
+    std::size_t m_size = 0;
+    std::vector<std::string> m_noNames;
+    // Moves on when entries of m_keys go.
+    std::uint64_t m_epoch = 1;
+    // The numbers for which m_keys is right.
+    std::uint64_t m_changeNumber = ChangeCounter::Unknown;
+    std::int64_t m_dataVersion = -1;
+    std::int64_t m_nextCheck = 0;
+};
+
+}

@@ -1,0 +1,133 @@
+#pragma once
+
+#include "platform/posix/change_counter.h"
+#include "platform/registry_store.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <sys/types.h>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace Tools::Platform {
+
+using KeyId = std::int64_t;
+constexpr KeyId NoKey = 0;
+constexpr KeyId RootKey = 1;
+
+struct StoredValue {
+    bool exists = false;
+    std::uint32_t kind = 0;
+    std::string data;
+};
+
+// The keys and values of one hive in a SQLite database. A key is a row, found by the number of its
+// parent and its name without case. Numbers are never used again, not even by a database that takes
+// the place of this one: that of a deleted key names nothing for ever. For one thread at a time.
+class RegistryDatabase {
+public:
+    struct Place {
+        std::string directory;
+        std::string name;
+        mode_t directoryMode;
+        mode_t fileMode;
+        // Else a rollback journal, which those who may only read need not write.
+        bool hasWriteAheadLog;
+    };
+    enum class State { Missing, Unusable, Open };
+    // The change counter around the last change.
+    struct Change {
+        std::uint64_t before = ChangeCounter::Unknown;
+        std::uint64_t after = ChangeCounter::Unknown;
+    };
+
+    explicit RegistryDatabase(Place place);
+    ~RegistryDatabase();
+    RegistryDatabase(const RegistryDatabase&) = delete;
+    RegistryDatabase& operator=(const RegistryDatabase&) = delete;
+
+    // Opens the database unless it is open. Whatever is not a database of this kind is left alone.
+    State open();
+    bool openOrMake();
+    void close();
+    bool isOpen() const { return m_connection != nullptr; }
+    // Other files, or none, stand in the place of the open ones by now.
+    bool isExchanged() const;
+
+    std::uint64_t changeNumber() const { return m_counter.value(); }
+    // SQLite's own number for what others have changed since it was opened; -1 on failure. Takes
+    // some system calls.
+    std::int64_t dataVersion();
+
+    // False on failure; what is missing is NoKey and a value that does not exist.
+    bool findKey(KeyId parent, std::string_view name, KeyId& key);
+    bool readValue(KeyId key, std::string_view name, StoredValue& value);
+    // By name without case. False also if there is no such key.
+    bool listSubkeys(KeyId key, std::vector<std::string>& names);
+    bool listValues(KeyId key, std::vector<std::string>& names);
+    bool keyExists(KeyId key);
+
+    // Each is one change: all of it or nothing.
+    bool createKeys(KeyId from, KeyNames names, KeyId& key);
+    bool writeValue(KeyId key, std::string_view name, std::uint32_t kind, std::string_view data);
+    bool removeValue(KeyId key, std::string_view name);
+    bool removeTree(KeyId key);
+    // To be called after each change, also after one that failed.
+    Change finishChange();
+
+private:
+    enum Statement {
+        DataVersion,
+        FindKey,
+        KeyExists,
+        InsertKey,
+        ListKeys,
+        ReadValue,
+        UpdateValue,
+        InsertValue,
+        RemoveValue,
+        ListValues,
+        RemoveValuesBelow,
+        RemoveKeysBelow,
+        Begin,
+        Commit,
+        Rollback,
+        StatementCount
+    };
+    class Query;
+
+    // What tells a file from another one of the same name; zeroes without a file.
+    struct FileId {
+        explicit FileId(const std::string& path = std::string());
+        bool operator==(const FileId& other) const = default;
+
+        dev_t device = 0;
+        ino_t inode = 0;
+    };
+
+    std::string databaseFile() const { return m_place.directory + "/" + m_place.name + ".db"; }
+    std::string counterFile() const { return m_place.directory + "/" + m_place.name + ".changes"; }
+    bool openFile();
+    bool make();
+    bool fill(const std::string& path) const;
+    bool run(Statement statement);
+    bool commit(bool isComplete);
+    bool list(Statement statement, KeyId key, std::vector<std::string>& names);
+    KeyId findOrInsert(KeyId parent, std::string_view name);
+    static int beforeCommit(void* database);
+
+    Place m_place;
+    sqlite3* m_connection = nullptr;
+    std::array<sqlite3_stmt*, StatementCount> m_statements{};
+    FileId m_databaseId;
+    FileId m_counterId;
+    ChangeCounter m_counter;
+    std::uint64_t m_numberBefore = ChangeCounter::Unknown;
+};
+
+}

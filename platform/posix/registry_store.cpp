@@ -1,0 +1,296 @@
+#include "platform/registry_store.h"
+
+#include "platform/posix/registry_cache.h"
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <mutex>
+#include <vector>
+
+#include <dlfcn.h>
+#include <pthread.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Tools::Platform {
+
+namespace {
+
+// The open keys of this process. A handle is a number in the guise of a pointer, so that one that
+// was closed already does no harm: a place in the list, and how often the place was used before.
+class OpenKeys {
+public:
+    struct Entry {
+        RegistryCache* hive = nullptr;
+        RegistryCache::Key key;
+        std::uint32_t use = 1;
+    };
+
+    KeyHandle add(RegistryCache* hive, KeyId key)
+    {
+        if (hive == nullptr || key == NoKey)
+            return nullptr;
+        if (m_free.empty()) {
+            m_free.push_back(m_entries.size());
+            m_entries.emplace_back();
+        }
+        const std::size_t index = m_free.back();
+        m_free.pop_back();
+        Entry& entry = m_entries[index];
+        entry.hive = hive;
+        entry.key = RegistryCache::Key();
+        entry.key.id = key;
+        return reinterpret_cast<KeyHandle>(std::uintptr_t{entry.use} << 32 | (index + 1));
+    }
+
+    Entry* find(KeyHandle handle)
+    {
+        const auto number = reinterpret_cast<std::uintptr_t>(handle);
+        const std::size_t index = (number & 0xFFFFFFFF) - 1;
+        if (index >= m_entries.size())
+            return nullptr;
+        Entry& entry = m_entries[index];
+        return entry.hive != nullptr && entry.use == number >> 32 ? &entry : nullptr;
+    }
+
+    void remove(KeyHandle handle)
+    {
+        Entry* entry = find(handle);
+        if (entry == nullptr)
+            return;
+        entry->hive = nullptr;
+        ++entry->use;
+        m_free.push_back(static_cast<std::size_t>(entry - m_entries.data()));
+    }
+
+private:
+    std::vector<Entry> m_entries;
+    std::vector<std::size_t> m_free;
+};
+
+// Relative names in variables are meant for the directory that the program was started in.
+std::string variable(const char* name)
+{
+    const char* text = ::secure_getenv(name);
+    if (text == nullptr || *text == '\0')
+        return std::string();
+    std::error_code error;
+    return std::filesystem::absolute(text, error).string();
+}
+
+std::string homeDirectory()
+{
+    std::string home = variable("HOME");
+    if (!home.empty())
+        return home;
+    const passwd* user = ::getpwuid(::geteuid());
+    return user != nullptr ? user->pw_dir : "/";
+}
+
+std::string userDirectory()
+{
+    const std::string configuration = variable("XDG_CONFIG_HOME");
+    return (configuration.empty() ? homeDirectory() + "/.config" : configuration) + "/Meroda";
+}
+
+constexpr mode_t OwnerOnly = S_IRUSR | S_IWUSR;
+constexpr mode_t ReadableByAll = OwnerOnly | S_IRGRP | S_IROTH;
+constexpr mode_t OpenToAll = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
+
+RegistryDatabase::Place userPlace(const std::string& directory, const std::string& name)
+{
+    return {directory.empty() ? userDirectory() : directory, name, S_IRWXU, OwnerOnly, true};
+}
+
+RegistryDatabase::Place machinePlace(const std::string& directory, const std::string& name)
+{
+    return {directory.empty() ? "/etc/meroda" : directory, name, OpenToAll, ReadableByAll, false};
+}
+
+// Everything that a process holds of the store. It is never destroyed: keys may be in use until the
+// process ends.
+class Store {
+public:
+    static Store& get()
+    {
+        static Store* store = make();
+        return *store;
+    }
+
+    RegistryCache* hive(int number)
+    {
+        const bool isKnown = number >= 0 && number < static_cast<int>(m_hives.size());
+        return isKnown ? &m_hives[static_cast<std::size_t>(number)] : nullptr;
+    }
+
+    std::mutex mutex;
+    OpenKeys keys;
+
+private:
+    explicit Store(const std::string& directory)
+        : m_hives{RegistryCache(machinePlace(directory, "machine")),
+                  RegistryCache(userPlace(directory, "user")),
+                  RegistryCache(machinePlace(directory, "classes"))}
+    {}
+
+    static Store* make()
+    {
+        keepLibrary();
+        auto* store = new Store(variable("MDTOOLS_REGISTRY_DIR"));
+        ::pthread_atfork(beforeFork, afterFork, afterFork);
+        return store;
+    }
+
+    // The databases stay open until the process ends, so the code that knows them has to stay too,
+    // even if the program unloads the library; loaded again, it finds them.
+    static void keepLibrary()
+    {
+        Dl_info info{};
+        if (::dladdr(reinterpret_cast<void*>(&Store::keepLibrary), &info) != 0)
+            ::dlopen(info.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+    }
+
+    // A database that a child process inherits open would be damaged by the two.
+    static void beforeFork()
+    {
+        Store& store = get();
+        store.mutex.lock();
+        for (RegistryCache& hive : store.m_hives)
+            hive.close();
+    }
+
+    static void afterFork() { get().mutex.unlock(); }
+
+    std::array<RegistryCache, 3> m_hives;
+};
+
+// The store for as long as a call takes.
+class LockedStore {
+public:
+    LockedStore() : m_store(Store::get()), m_lock(m_store.mutex) {}
+
+    RegistryCache* hive(int number) { return m_store.hive(number); }
+    OpenKeys& keys() { return m_store.keys; }
+
+    KeyHandle open(RegistryCache* hive, KeyId from, KeyNames names, bool create)
+    {
+        if (hive == nullptr)
+            return nullptr;
+        return keys().add(hive, create ? hive->findOrCreate(from, names) : hive->find(from, names));
+    }
+
+private:
+    Store& m_store;
+    std::lock_guard<std::mutex> m_lock;
+};
+
+using Names = const std::vector<std::string>*;
+
+int countOf(Names names)
+{
+    return names != nullptr ? static_cast<int>(names->size()) : -1;
+}
+
+bool nameAt(Names names, int index, std::string& name)
+{
+    if (index < 0 || index >= countOf(names))
+        return false;
+    name = (*names)[static_cast<std::size_t>(index)];
+    return true;
+}
+
+Names valueNames(OpenKeys::Entry* entry)
+{
+    return entry != nullptr ? entry->hive->valueNames(entry->key) : nullptr;
+}
+
+Names subkeyNames(OpenKeys::Entry* entry)
+{
+    return entry != nullptr ? entry->hive->subkeyNames(entry->key) : nullptr;
+}
+
+}
+
+KeyHandle openKey(int hive, KeyNames names, bool create)
+{
+    LockedStore store;
+    return store.open(store.hive(hive), RootKey, names, create);
+}
+
+KeyHandle openKey(KeyHandle parent, KeyNames names, bool create)
+{
+    LockedStore store;
+    const OpenKeys::Entry* entry = store.keys().find(parent);
+    return entry != nullptr ? store.open(entry->hive, entry->key.id, names, create) : nullptr;
+}
+
+void closeKey(KeyHandle key)
+{
+    LockedStore().keys().remove(key);
+}
+
+bool readValue(KeyHandle key, const char* name, std::uint32_t& kind, std::string& data)
+{
+    LockedStore store;
+    OpenKeys::Entry* entry = store.keys().find(key);
+    const StoredValue* value = entry != nullptr ? entry->hive->value(entry->key, name) : nullptr;
+    if (value == nullptr)
+        return false;
+    kind = value->kind;
+    data = value->data;
+    return true;
+}
+
+bool writeValue(KeyHandle key, const char* name, std::uint32_t kind, const void* data,
+                std::size_t size)
+{
+    LockedStore store;
+    OpenKeys::Entry* entry = store.keys().find(key);
+    const std::string_view bytes(static_cast<const char*>(data), size);
+    return entry != nullptr && entry->hive->writeValue(entry->key, name, kind, bytes);
+}
+
+bool removeValue(KeyHandle key, const char* name)
+{
+    LockedStore store;
+    OpenKeys::Entry* entry = store.keys().find(key);
+    return entry != nullptr && entry->hive->removeValue(entry->key, name);
+}
+
+bool removeTree(KeyHandle parent, KeyNames names)
+{
+    LockedStore store;
+    OpenKeys::Entry* entry = store.keys().find(parent);
+    if (entry == nullptr || names.empty())
+        return false;
+    const KeyId key = entry->hive->find(entry->key.id, names);
+    return key != NoKey && entry->hive->removeTree(key);
+}
+
+int countSubkeys(KeyHandle key)
+{
+    LockedStore store;
+    return countOf(subkeyNames(store.keys().find(key)));
+}
+
+int countValues(KeyHandle key)
+{
+    LockedStore store;
+    return countOf(valueNames(store.keys().find(key)));
+}
+
+bool subkeyName(KeyHandle key, int index, std::string& name)
+{
+    LockedStore store;
+    return nameAt(subkeyNames(store.keys().find(key)), index, name);
+}
+
+bool valueName(KeyHandle key, int index, std::string& name)
+{
+    LockedStore store;
+    return nameAt(valueNames(store.keys().find(key)), index, name);
+}
+
+}
