@@ -1,0 +1,24 @@
+#pragma once
+
+namespace Tools {
+
+// The edges of a rectangle, as windows have them.
+template <class T>
+struct Rectangle {
+    T left{};
+    T top{};
+    T right{};
+    T bottom{};
+
+    friend bool operator==(const Rectangle& a, const Rectangle& b) = default;
+};
+
+template <class T>
+struct Size {
+    T width{};
+    T height{};
+
+    friend bool operator==(const Size& a, const Size& b) = default;
+};
+
+}

@@ -1,0 +1,12 @@
+#include "platform/locale.h"
+
+#include <windows.h>
+
+namespace Tools::Platform {
+
+unsigned primaryLanguage()
+{
+    return PRIMARYLANGID(LANGIDFROMLCID(::GetUserDefaultLCID()));
+}
+
+}
