@@ -19,6 +19,7 @@
 #include <mdtools/geometry.h>
 #include <mdtools/language.h>
 #include <mdtools/nullable.h>
+#include <mdtools/number_format.h>
 #include <mdtools/path.h>
 #include <mdtools/platform_types.h>
 #include <mdtools/strings.h>
