@@ -101,6 +101,8 @@ public:
     {
         return m_pairs[lead * 256U + trail];
     }
+    // Stands for a pair that the page does not know.
+    char16_t unknownPair() const { return m_unknownPair; }
     std::uint16_t narrow(char16_t unit) const { return m_narrow[unit]; }
 
 private:
@@ -332,11 +334,12 @@ std::wstring codePageToWide(const char* text, std::size_t size)
             appendUnits(wide, readUtf8(p, end));
         } else if (!current.isLead(*p)) {
             wide += static_cast<wchar_t>(current.single(*p++));
-        } else if (end - p > 1) {
+        } else if (end - p > 1 && p[1] != 0) {
             wide += static_cast<wchar_t>(current.pair(p[0], p[1]));
             p += 2;
         } else {
-            // Half a character at the end is left out.
+            // Half a character.
+            wide += static_cast<wchar_t>(current.unknownPair());
             ++p;
         }
     }
