@@ -67,7 +67,8 @@ TEST(Encoding, conversionAtEveryLength)
             }
         }
     }
-    const std::string large(40000000, '\xE9');
+    std::string large;
+    large.resize(40000000, '\xE9');
     EXPECT_TRUE(toNarrow(toWide(large)) == large);
 }
 

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <string_view>
 
 // Single-byte text, page 1252. Double-byte text has a program of its own, because a process keeps
 // its page.
@@ -21,6 +22,14 @@ using testing::IsEmpty;
 std::string bytes(const char* text, std::size_t size)
 {
     return std::string(text, size);
+}
+
+std::string joined(std::initializer_list<std::string_view> parts)
+{
+    std::string text;
+    for (const std::string_view part : parts)
+        text += part;
+    return text;
 }
 
 int sign(int value)
@@ -299,8 +308,8 @@ TEST(Strings, replace)
     EXPECT_EQ(Tools::replaceAny(bytes("\0\x80", 2), bytes("\0\x80", 2), '_'), "__");
     for (std::size_t gap = 0; gap < 40; ++gap) {
         const std::string filler(gap, '.');
-        EXPECT_EQ(Tools::replaceAll(filler + "ab" + filler + "ab", "ab", "xyz"),
-                  filler + "xyz" + filler + "xyz");
+        EXPECT_EQ(Tools::replaceAll(joined({filler, "ab", filler, "ab"}), "ab", "xyz"),
+                  joined({filler, "xyz", filler, "xyz"}));
     }
 }
 
@@ -316,8 +325,9 @@ TEST(Strings, tokenize)
     for (const std::string delimiters : {" ", " \t,", " \t\r\n,;:./\\|!?"}) {
         for (std::size_t length = 1; length < 150; ++length) {
             const std::string word(length, 'w');
-            const std::string text = word + " " + word + "  " + word + std::string(length, ' ');
-            EXPECT_THAT(Tools::tokenize(text, delimiters), ElementsAre(word, word, word));
+            const std::string blanks(length, ' ');
+            EXPECT_THAT(Tools::tokenize(joined({word, " ", word, "  ", word, blanks}), delimiters),
+                        ElementsAre(word, word, word));
         }
     }
     const std::string many(100000, ' ');

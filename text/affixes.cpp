@@ -10,13 +10,11 @@ namespace Tools {
 
 namespace {
 
-// The character at `p` in lower case, a double-byte one with its first byte above.
+// The character at `p` in lower case, a double-byte one as one number.
 unsigned lowerCharacter(const CodePage& page, const char* p, std::size_t bytes)
 {
-    const auto first = static_cast<unsigned char>(p[0]);
-    if (bytes == 1)
-        return page.lower().singles[first];
-    return page.lower().pairs[first << 8 | static_cast<unsigned char>(p[1])];
+    return bytes == 1 ? page.lower().singles[static_cast<unsigned char>(*p)]
+                      : page.lower().pairs[CodePage::pairAt(p)];
 }
 
 // Equal after toLower, for two texts of one size. Lowering keeps the size of a character, so that

@@ -23,12 +23,12 @@ void mapCharacters(std::string& text, const CodePage& page, const CodePage::Case
 {
     const char* const end = text.data() + text.size();
     for (char* p = text.data(); p < end;) {
-        const auto first = static_cast<unsigned char>(p[0]);
         if (page.length(p, end) == 1) {
-            *p++ = static_cast<char>(map.singles[first]);
+            *p = static_cast<char>(map.singles[static_cast<unsigned char>(*p)]);
+            ++p;
             continue;
         }
-        const std::uint16_t mapped = map.pairs[first << 8 | static_cast<unsigned char>(p[1])];
+        const std::uint16_t mapped = map.pairs[CodePage::pairAt(p)];
         *p++ = static_cast<char>(mapped >> 8);
         *p++ = static_cast<char>(mapped & 0xFF);
     }

@@ -6,16 +6,6 @@
 
 namespace Tools {
 
-namespace {
-
-std::uint16_t pairAt(const char* p)
-{
-    return static_cast<std::uint16_t>(static_cast<unsigned char>(p[0]) << 8 |
-                                      static_cast<unsigned char>(p[1]));
-}
-
-}
-
 CharacterSet::CharacterSet(const CodePage& page, std::string_view characters)
 {
     const char* const end = characters.data() + characters.size();
@@ -24,7 +14,7 @@ CharacterSet::CharacterSet(const CodePage& page, std::string_view characters)
         if (bytes == 1)
             m_singles.add(*p);
         else
-            m_pairs.push_back(pairAt(p));
+            m_pairs.push_back(CodePage::pairAt(p));
         p += bytes;
     }
     std::sort(m_pairs.begin(), m_pairs.end());
@@ -33,7 +23,7 @@ CharacterSet::CharacterSet(const CodePage& page, std::string_view characters)
 bool CharacterSet::contains(const char* p, std::size_t bytes) const
 {
     return bytes == 1 ? m_singles.contains(*p)
-                      : std::binary_search(m_pairs.begin(), m_pairs.end(), pairAt(p));
+                      : std::binary_search(m_pairs.begin(), m_pairs.end(), CodePage::pairAt(p));
 }
 
 }

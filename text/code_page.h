@@ -28,8 +28,15 @@ public:
         return m_isLead[static_cast<unsigned char>(*p)] && end - p > 1 && p[1] != '\0' ? 2 : 1;
     }
 
-    // Case of a character: of a single byte, or of both bytes (the first one above). The number of
-    // bytes never changes; a letter without a partner in the page stays.
+    // A double-byte character as one number, its first byte above.
+    static std::uint16_t pairAt(const char* p)
+    {
+        const unsigned first = static_cast<unsigned char>(p[0]);
+        return static_cast<std::uint16_t>(first << 8 | static_cast<unsigned char>(p[1]));
+    }
+
+    // Case of a character: of a single byte, or of both bytes. The number of bytes never
+    // changes; a letter without a partner in the page stays.
     struct CaseMap {
         ByteMap singles;
         // Empty in single-byte pages.

@@ -4,6 +4,7 @@
 #include <mdtools/strings.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace Tools {
 
@@ -41,9 +42,8 @@ std::string replaceForbiddenFilenameChars(const std::string& s, const std::strin
 
 bool checkName(std::string& name)
 {
-    std::string trimmed = name.c_str();
-    removeBlanks(trimmed.data());
-    name = trimmed.c_str();
+    removeBlanks(name.data());
+    name.resize(std::strlen(name.c_str()));
     return !name.empty() && Characters::findAny(name, ForbiddenInNames) == std::string::npos;
 }
 

@@ -51,7 +51,7 @@ Digits Digits::of(std::string_view text, std::int64_t exponent)
         else if (c != '.')
             break;
     }
-    return normalized(std::move(digits), exponent);
+    return normalized(digits, exponent);
 }
 
 // 2^-power is 5^power * 10^-power.
@@ -69,7 +69,7 @@ Digits Digits::ofBinary(std::uint64_t mantissa, int power)
     return normalized(toText(number), -power);
 }
 
-Digits Digits::normalized(std::string digits, std::int64_t exponent)
+Digits Digits::normalized(const std::string& digits, std::int64_t exponent)
 {
     Digits result;
     const std::size_t first = digits.find_first_not_of('0');

@@ -24,7 +24,7 @@ public:
 private:
     // mantissa * 2^-power
     static Digits ofBinary(std::uint64_t mantissa, int power);
-    static Digits normalized(std::string digits, std::int64_t exponent);
+    static Digits normalized(const std::string& digits, std::int64_t exponent);
 
     bool operator<(const Digits& other) const;
     bool operator==(const Digits& other) const = default;

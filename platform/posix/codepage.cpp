@@ -124,7 +124,7 @@ private:
 
 bool Page::readDoubleBytePage(unsigned number)
 {
-    const DoubleBytePage* const page =
+    const auto* const page =
         std::find_if(std::begin(DoubleBytePages), std::end(DoubleBytePages),
                      [number](const DoubleBytePage& p) { return p.number == number; });
     if (page == std::end(DoubleBytePages))
