@@ -1,0 +1,129 @@
+#include <mdtools/command.h>
+
+#include <mdtools/command_list.h>
+
+#include "commands/command_run.h"
+
+#include <typeinfo>
+
+namespace Tools {
+
+Command::Command(const std::string& description, bool reversible)
+    : m_reversible(reversible), m_description(description)
+{}
+
+Command::Command() = default;
+Command::Command(bool reversible) : m_reversible(reversible) {}
+Command::Command(const Command&) = default;
+Command& Command::operator=(const Command&) = default;
+Command::~Command() = default;
+
+const std::string& Command::getDescription() const
+{
+    return m_description;
+}
+
+void Command::setDescription(const std::string& description)
+{
+    m_description = description;
+}
+
+bool Command::isReversible() const
+{
+    return m_reversible;
+}
+
+void Command::setReversible(bool reversible)
+{
+    m_reversible = reversible;
+}
+
+void Command::enableUndoRedo(CommandList* list)
+{
+    if (list != nullptr)
+        list->add(this);
+}
+
+ReversibleCommand::ReversibleCommand(const std::string& description) : Command(description, true) {}
+ReversibleCommand::ReversibleCommand() : Command(true) {}
+ReversibleCommand::ReversibleCommand(const ReversibleCommand&) = default;
+ReversibleCommand& ReversibleCommand::operator=(const ReversibleCommand&) = default;
+ReversibleCommand::~ReversibleCommand() = default;
+
+FunctionCommand::FunctionCommand() : Command(true) {}
+
+FunctionCommand::FunctionCommand(std::function<void()> doFunction,
+                                 std::function<void()> undoFunction)
+    : Command(true)
+{
+    addSetter(std::move(doFunction), std::move(undoFunction));
+}
+
+FunctionCommand::FunctionCommand(const FunctionCommand&) = default;
+FunctionCommand& FunctionCommand::operator=(const FunctionCommand&) = default;
+FunctionCommand::~FunctionCommand() = default;
+
+void FunctionCommand::addSetter(std::function<void()> doFunction,
+                                std::function<void()> undoFunction)
+{
+    m_setters.emplace_back(std::move(doFunction), std::move(undoFunction));
+}
+
+void FunctionCommand::activate()
+{
+    for (const auto& setter : m_setters)
+        setter.first();
+}
+
+void FunctionCommand::reverse()
+{
+    for (const auto& setter : m_setters)
+        setter.second();
+}
+
+GroupCommand::GroupCommand() : Command(true), m_commands(std::make_unique<CommandList>())
+{
+    m_mayBeGroup = true;
+}
+
+GroupCommand::~GroupCommand() = default;
+
+CommandList* GroupCommand::getCommandList() const
+{
+    return m_commands.get();
+}
+
+bool GroupCommand::hasCommands() const
+{
+    return m_commands->hasCommands();
+}
+
+void GroupCommand::activate()
+{
+    runNested(*m_commands, &CommandList::stepForward, &Command::activate);
+}
+
+void GroupCommand::reverse()
+{
+    runNested(*m_commands, &CommandList::stepBack, &Command::reverse);
+}
+
+// Inner groups are entered here instead of being called, so that their depth costs no stack. Those
+// of a derived class are called: they may do more.
+void GroupCommand::runNested(CommandList& commands, Command* (CommandList::*step)(),
+                             void (Command::*run)())
+{
+    const CommandRun scope;
+    std::vector<CommandList*> lists = {&commands};
+    while (!lists.empty()) {
+        Command* const command = (lists.back()->*step)();
+        if (command == nullptr)
+            lists.pop_back();
+        else if (command->m_mayBeGroup && typeid(*command) == typeid(GroupCommand))
+            lists.push_back(static_cast<GroupCommand*>(command)->m_commands.get());
+        else
+            (command->*run)();
+    }
+}
+
+}

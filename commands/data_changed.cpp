@@ -1,0 +1,81 @@
+#include <mdtools/data_changed.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace Tools {
+
+DataChangedArgument::DataChangedArgument() = default;
+DataChangedArgument::DataChangedArgument(const DataChangedArgument&) = default;
+DataChangedArgument& DataChangedArgument::operator=(const DataChangedArgument&) = default;
+DataChangedArgument::~DataChangedArgument() = default;
+
+DataChangedHandler::DataChangedHandler() = default;
+DataChangedHandler::DataChangedHandler(const DataChangedHandler&) = default;
+DataChangedHandler& DataChangedHandler::operator=(const DataChangedHandler&) = default;
+DataChangedHandler::~DataChangedHandler() = default;
+
+DataChangedFunction::DataChangedFunction(std::function<void(const DataChangedArgument*)> function)
+    : m_function(std::move(function))
+{}
+
+DataChangedFunction::DataChangedFunction(const DataChangedFunction&) = default;
+DataChangedFunction& DataChangedFunction::operator=(const DataChangedFunction&) = default;
+DataChangedFunction::~DataChangedFunction() = default;
+
+void DataChangedFunction::dataChanged(const DataChangedArgument* argument)
+{
+    if (m_function)
+        m_function(argument);
+}
+
+DataChangedManager::DataChangedManager() = default;
+DataChangedManager::DataChangedManager(const DataChangedManager&) = default;
+DataChangedManager::~DataChangedManager() = default;
+
+DataChangedManager& DataChangedManager::operator=(const DataChangedManager& other)
+{
+    m_handlers = other.m_handlers;
+    ++m_changes;
+    return *this;
+}
+
+void DataChangedManager::addDataChangedHandler(DataChangedHandler* handler)
+{
+    const auto place =
+        std::lower_bound(m_handlers.begin(), m_handlers.end(), handler, std::less<>());
+    if (handler == nullptr || (place != m_handlers.end() && *place == handler))
+        return;
+    m_handlers.insert(place, handler);
+    ++m_changes;
+}
+
+void DataChangedManager::removeDataChangedHandler(DataChangedHandler* handler)
+{
+    const auto place =
+        std::lower_bound(m_handlers.begin(), m_handlers.end(), handler, std::less<>());
+    if (place == m_handlers.end() || *place != handler)
+        return;
+    m_handlers.erase(place);
+    ++m_changes;
+}
+
+void DataChangedManager::invokeDataChanged(const DataChangedArgument* argument)
+{
+    std::uint64_t changes = m_changes;
+    for (std::size_t i = 0; i < m_handlers.size();) {
+        DataChangedHandler* const handler = m_handlers[i];
+        handler->dataChanged(argument);
+        if (m_changes == changes) {
+            ++i;
+            continue;
+        }
+        // The order by address tells who is next, whoever came and went.
+        changes = m_changes;
+        i = static_cast<std::size_t>(
+            std::upper_bound(m_handlers.begin(), m_handlers.end(), handler, std::less<>()) -
+            m_handlers.begin());
+    }
+}
+
+}

@@ -1,0 +1,108 @@
+#include <mdtools/selection.h>
+
+namespace Tools {
+
+SelectableObject::SelectableObject() = default;
+SelectableObject::SelectableObject(const SelectableObject&) = default;
+SelectableObject& SelectableObject::operator=(const SelectableObject&) = default;
+SelectableObject::~SelectableObject() = default;
+
+SelectableObject::Flag SelectableObject::getSelected() const
+{
+    return m_flag;
+}
+
+bool SelectableObject::isNotSelected() const
+{
+    return m_flag == NotSelected;
+}
+
+bool SelectableObject::isSelected() const
+{
+    return m_flag == Selected;
+}
+
+bool SelectableObject::isSelectedOff() const
+{
+    return m_flag == SelectedOff;
+}
+
+bool SelectableObject::isSelectedOn() const
+{
+    return m_flag == SelectedOn;
+}
+
+void SelectableObject::setNotSelected()
+{
+    m_flag = NotSelected;
+}
+
+void SelectableObject::setSelected()
+{
+    m_flag = Selected;
+}
+
+void SelectableObject::setSelectedOff()
+{
+    m_flag = SelectedOff;
+}
+
+void SelectableObject::setSelectedOn()
+{
+    m_flag = SelectedOn;
+}
+
+void SelectableObject::setSelected(Flag flag)
+{
+    m_flag = flag;
+}
+
+void SelectableObject::condSelect(int flag)
+{
+    if (flag != 0)
+        m_flag = m_flag == NotSelected ? Selected : SelectedOn;
+    else
+        m_flag = m_flag == Selected ? SelectedOff : NotSelected;
+}
+
+void SelectableObject::select()
+{
+    m_flag = m_flag == Selected || m_flag == SelectedOn ? SelectedOff : SelectedOn;
+}
+
+SelectableObject::Flag SelectableObject::toggleSelected(int mode)
+{
+    const bool off = mode == -1 ? m_flag == Selected : mode == 0;
+    m_flag = off ? SelectedOff : SelectedOn;
+    return m_flag;
+}
+
+void SelectableObject::resetUnselected()
+{
+    if (m_flag == SelectedOff)
+        m_flag = NotSelected;
+    else if (m_flag == SelectedOn)
+        m_flag = Selected;
+}
+
+Interface::Interface() = default;
+Interface::Interface(const Interface&) = default;
+Interface& Interface::operator=(const Interface&) = default;
+Interface::~Interface() = default;
+
+bool Interface::getDeleted() const
+{
+    return m_deleted;
+}
+
+void Interface::setDeleted(bool deleted)
+{
+    m_deleted = deleted;
+}
+
+Visibility::Visibility() = default;
+Visibility::Visibility(const Visibility&) = default;
+Visibility& Visibility::operator=(const Visibility&) = default;
+Visibility::~Visibility() = default;
+
+}

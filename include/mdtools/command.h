@@ -1,0 +1,115 @@
+#pragma once
+
+#include <mdtools/export.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Tools {
+
+class CommandList;
+
+// An edit that can be done and, if it is reversible, undone. It is recorded in a CommandList after
+// it was carried out. All commands and lists belong to one thread.
+class MDTOOLS_API Command {
+public:
+    virtual ~Command();
+
+    // Does the edit, or does it again.
+    virtual void activate() = 0;
+    // Takes the edit back.
+    virtual void reverse() = 0;
+
+    // What undo and redo menus show.
+    const std::string& getDescription() const;
+    void setDescription(const std::string& description);
+
+    // Undo and redo step over a command that is not reversible.
+    bool isReversible() const;
+    void setReversible(bool reversible);
+
+    // Hands this command, which was made with new, over to the list. Without a list there is no
+    // undo, and the caller keeps the command.
+    void enableUndoRedo(CommandList* list);
+
+protected:
+    Command(const std::string& description, bool reversible);
+    // Not reversible, without description.
+    Command();
+    explicit Command(bool reversible);
+    Command(const Command&);
+    Command& operator=(const Command&);
+
+private:
+    friend class CommandRun;
+    friend class GroupCommand;
+
+    bool m_reversible = false;
+    // Whether to look if this is a group; copies of a group's base say so, too.
+    bool m_mayBeGroup = false;
+    std::string m_description;
+};
+
+// A command that is reversible from the first.
+class MDTOOLS_API ReversibleCommand : public Command {
+public:
+    ~ReversibleCommand() override;
+
+protected:
+    explicit ReversibleCommand(const std::string& description);
+    ReversibleCommand();
+    ReversibleCommand(const ReversibleCommand&);
+    ReversibleCommand& operator=(const ReversibleCommand&);
+};
+
+// A reversible command made of pairs of functions, each pair a setter of one property and its undo.
+class MDTOOLS_API FunctionCommand : public Command {
+public:
+    FunctionCommand();
+    FunctionCommand(std::function<void()> doFunction, std::function<void()> undoFunction);
+    FunctionCommand(const FunctionCommand&);
+    FunctionCommand& operator=(const FunctionCommand&);
+    ~FunctionCommand() override;
+
+    void addSetter(std::function<void()> doFunction, std::function<void()> undoFunction);
+
+    // Both call their functions from the first pair to the last. The undo functions do not run
+    // backwards: each restores one property, whatever the others do. An empty function throws
+    // std::bad_function_call; the pairs before it have run.
+    void activate() override;
+    void reverse() override;
+
+private:
+    std::vector<std::pair<std::function<void()>, std::function<void()>>> m_setters;
+};
+
+// A reversible command made of other commands, done and undone as one. Add those that were carried
+// out to its list, then give the group to the outer list with CommandList::addGroup().
+class MDTOOLS_API GroupCommand : public Command {
+public:
+    GroupCommand();
+    ~GroupCommand() override;
+    GroupCommand(const GroupCommand&) = delete;
+    GroupCommand& operator=(const GroupCommand&) = delete;
+
+    // Owned by the group.
+    CommandList* getCommandList() const;
+    bool hasCommands() const;
+
+    // Redoes, or undoes, all that the inner list can. Groups may be nested to any depth.
+    void activate() override;
+    void reverse() override;
+
+private:
+    friend class CommandRun;
+
+    static void runNested(CommandList& commands, Command* (CommandList::*step)(),
+                          void (Command::*run)());
+
+    std::unique_ptr<CommandList> m_commands;
+};
+
+}

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <mdtools/command.h>
+#include <mdtools/data_changed.h>
+#include <mdtools/export.h>
+#include <mdtools/nullable.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Tools {
+
+// The commands that were carried out, oldest first, with the place that undo and redo have come to.
+// It owns its commands and tells its handlers when it gets new ones or loses all. It belongs to one
+// thread.
+//
+// A command that runs may change the list that runs it: commands that are cut off then live on
+// until the outermost undo or redo of the thread has returned.
+class MDTOOLS_API CommandList {
+public:
+    CommandList();
+    virtual ~CommandList();
+    CommandList(const CommandList&) = delete;
+    CommandList& operator=(const CommandList&) = delete;
+
+    // Records a command that was carried out already, and takes it over. What could have been
+    // redone is deleted. Then the handlers are told, without an argument. A null entry is kept;
+    // undo and redo end there.
+    void add(Command* command);
+    void add(std::unique_ptr<Command> command);
+    // The same for a group that has commands; an empty one is deleted. Null is ignored.
+    void addGroup(GroupCommand* group);
+    void addGroup(std::unique_ptr<GroupCommand> group);
+
+    // Undo the newest command that is not undone yet, redo the one that was undone last. Commands
+    // that are not reversible are stepped over on the way. False, or no description, if there was
+    // none. The place has moved before the command runs: one that throws counts as undone or
+    // redone. Handlers are not told; the commands themselves tell of the data.
+    bool undo();
+    bool redo();
+    mdt::Nullable<std::string> undoWithDescription();
+    mdt::Nullable<std::string> redoWithDescription();
+
+    // The descriptions of the reversible commands that could be undone or redone, the next one
+    // first.
+    std::vector<std::string> getUndoDescriptions() const;
+    std::vector<std::string> getRedoDescriptions() const;
+
+    bool isUndoBufferEmpty() const;
+    bool isRedoBufferEmpty() const;
+    bool hasCommands() const;
+    int getNumberOfCommands() const;
+
+    // Delete all commands: reset() in silence, removeAll() tells the handlers.
+    void reset();
+    void removeAll();
+
+    // As those of DataChangedManager.
+    void addDataChangedHandler(DataChangedHandler* handler);
+    void removeDataChangedHandler(DataChangedHandler* handler);
+
+private:
+    friend class CommandRun;
+    friend class GroupCommand;
+
+    // Gives all commands away; the list is as new.
+    std::vector<Command*> release();
+    // Move the place as undo and redo do; give the command to run, or null.
+    Command* stepBack();
+    Command* stepForward();
+
+    struct State;
+    std::unique_ptr<State> m_state;
+};
+
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <mdtools/displayer.h>
+#include <mdtools/export.h>
+
+#include <vector>
+
+namespace Tools {
+
+// Something that is shown in a view: it knows how to put itself into its displayer, take itself out
+// and bring itself up to date. The displayer is not owned.
+class MDTOOLS_API Observer {
+public:
+    virtual ~Observer();
+
+    virtual void addToDisplayer() = 0;
+    virtual void removeFromDisplayer() = 0;
+    virtual void updateInDisplayer() = 0;
+
+    Displayer* getDisplayer() const;
+
+protected:
+    explicit Observer(Displayer* displayer);
+    Observer(const Observer&);
+    Observer& operator=(const Observer&);
+
+private:
+    Displayer* m_displayer;
+};
+
+// Owns observers, in the order of their addition, and passes requests on to them. All calls belong
+// to one thread.
+class MDTOOLS_API ObserverManager {
+public:
+    ObserverManager();
+    // Deletes the observers that are still there.
+    virtual ~ObserverManager();
+    ObserverManager(const ObserverManager&) = delete;
+    ObserverManager& operator=(const ObserverManager&) = delete;
+
+    // Takes the observer over, unless it is there already. Null is ignored.
+    void addObserver(Observer* observer);
+    // Gives the observer back to the caller. Ignored if it is not there.
+    void removeObserver(Observer* observer);
+    // The first one of that displayer; null if there is none.
+    Observer* findObserver(const Displayer* displayer) const;
+
+    // Ask every observer of that displayer (null: every observer), in order. An exception of an
+    // observer ends the round and reaches the caller. An observer must not add or remove observers
+    // of its manager meanwhile. Where one does so all the same, nothing is damaged: a removed
+    // observer is not asked any more, an added one is asked last. Destroying the manager is not
+    // survived.
+    void addToDisplayer(const Displayer* displayer);
+    void removeFromDisplayer(const Displayer* displayer);
+    void updateInDisplayer(const Displayer* displayer);
+
+private:
+    void broadcast(const Displayer* displayer, void (Observer::*request)());
+
+    std::vector<Observer*> m_observers;
+};
+
+}

@@ -1,0 +1,398 @@
+#include <mdtools/command.h>
+#include <mdtools/command_list.h>
+#include <mdtools/data_changed.h>
+#include <mdtools/displayer.h>
+#include <mdtools/observer.h>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace Tools;
+
+// What commands, handlers and observers did, a word each.
+std::string log;
+
+std::string takeLog()
+{
+    return std::exchange(log, std::string());
+}
+
+// Writes "+name" when done, "-name" when undone and "~name" at its end.
+class Edit : public Command {
+public:
+    explicit Edit(const std::string& name, bool reversible = true) : Command(name, reversible) {}
+    ~Edit() override { log += "~" + getDescription(); }
+    void activate() override { run("+"); }
+    void reverse() override { run("-"); }
+
+    std::function<void()> whenRun;
+
+private:
+    void run(const std::string& sign)
+    {
+        log += sign + getDescription();
+        if (whenRun)
+            whenRun();
+    }
+};
+
+Edit* newEdit(const std::string& name, bool reversible = true)
+{
+    return new Edit(name, reversible);
+}
+
+std::string join(const std::vector<std::string>& texts)
+{
+    std::string all;
+    for (const std::string& text : texts)
+        all += text + ",";
+    return all;
+}
+
+class Commands : public ::testing::Test {
+protected:
+    Commands() { takeLog(); }
+};
+
+TEST_F(Commands, undoAndRedo)
+{
+    CommandList list;
+    EXPECT_TRUE(list.isUndoBufferEmpty());
+    EXPECT_TRUE(list.isRedoBufferEmpty());
+    EXPECT_FALSE(list.undo());
+    EXPECT_FALSE(list.redo());
+    EXPECT_FALSE(list.hasCommands());
+
+    list.add(newEdit("A"));
+    list.add(std::make_unique<Edit>("B"));
+    newEdit("C")->enableUndoRedo(&list);
+    EXPECT_EQ(takeLog(), ""); // nothing is done again
+    EXPECT_EQ(list.getNumberOfCommands(), 3);
+    EXPECT_EQ(join(list.getUndoDescriptions()), "C,B,A,");
+    EXPECT_EQ(list.undoWithDescription().getValue(), "C");
+    EXPECT_EQ(list.undoWithDescription().getValue(), "B");
+    EXPECT_EQ(takeLog(), "-C-B");
+    EXPECT_EQ(join(list.getUndoDescriptions()), "A,");
+    EXPECT_EQ(join(list.getRedoDescriptions()), "B,C,");
+    EXPECT_EQ(list.redoWithDescription().getValue(), "B");
+    EXPECT_TRUE(list.undo());
+    EXPECT_EQ(takeLog(), "+B-B");
+
+    list.add(newEdit("D")); // what could be redone is gone
+    EXPECT_EQ(takeLog(), "~C~B");
+    EXPECT_EQ(list.getNumberOfCommands(), 2);
+    EXPECT_FALSE(list.redo());
+    EXPECT_TRUE(list.undo());
+    EXPECT_TRUE(list.undo());
+    EXPECT_FALSE(list.undo());
+    EXPECT_EQ(takeLog(), "-D-A");
+    EXPECT_TRUE(list.isUndoBufferEmpty());
+    EXPECT_FALSE(list.isRedoBufferEmpty());
+    list.reset();
+    EXPECT_EQ(takeLog().size(), 4U);
+    EXPECT_TRUE(list.isRedoBufferEmpty());
+}
+
+TEST_F(Commands, irreversibleOnesAreSteppedOver)
+{
+    CommandList list;
+    list.add(newEdit("A"));
+    list.add(newEdit("B", false));
+    EXPECT_EQ(join(list.getUndoDescriptions()), "A,");
+    EXPECT_EQ(list.undoWithDescription().getValue(), "A");
+    EXPECT_EQ(join(list.getRedoDescriptions()), "A,");
+    EXPECT_EQ(list.redoWithDescription().getValue(), "A");
+    EXPECT_FALSE(list.isRedoBufferEmpty());
+    EXPECT_FALSE(list.redo()); // moves past B
+    EXPECT_TRUE(list.isRedoBufferEmpty());
+    EXPECT_EQ(takeLog(), "-A+A");
+    // One that becomes reversible later takes part from then on.
+    Edit* const late = newEdit("L", false);
+    list.add(late);
+    late->setReversible(true);
+    late->setDescription("late");
+    EXPECT_EQ(list.undoWithDescription().getValue(), "late");
+}
+
+TEST_F(Commands, aNullEntryEndsTheWay)
+{
+    CommandList list;
+    list.add(newEdit("A"));
+    list.add(static_cast<Command*>(nullptr));
+    list.add(newEdit("B"));
+    EXPECT_EQ(join(list.getUndoDescriptions()), "B,");
+    EXPECT_TRUE(list.undo());
+    EXPECT_FALSE(list.undo()); // past the null entry
+    EXPECT_TRUE(list.undo());
+    EXPECT_EQ(join(list.getRedoDescriptions()), "A,");
+    EXPECT_EQ(takeLog(), "-B-A");
+}
+
+TEST_F(Commands, ownershipOnEveryPath)
+{
+    {
+        CommandList list;
+        list.add(newEdit("A"));
+        list.add(newEdit("B"));
+        list.undo();
+        takeLog();
+    }
+    EXPECT_EQ(takeLog().size(), 4U); // both, the undone one too
+
+    Edit kept("kept");
+    kept.enableUndoRedo(nullptr);
+    EXPECT_EQ(takeLog(), "");
+
+    CommandList list;
+    Edit* const failing = newEdit("F");
+    failing->whenRun = [] { throw std::runtime_error("failed"); };
+    list.add(failing);
+    EXPECT_THROW(list.undo(), std::runtime_error);
+    EXPECT_TRUE(list.isUndoBufferEmpty()); // it counts as undone
+    EXPECT_THROW(list.redo(), std::runtime_error);
+    EXPECT_FALSE(list.isUndoBufferEmpty());
+    takeLog();
+
+    // A command that is cut off while it runs lives until it has returned.
+    Edit* const self = newEdit("S");
+    self->whenRun = [&] { list.add(newEdit("N")); };
+    list.add(self);
+    EXPECT_EQ(list.undoWithDescription().getValue(), "S");
+    EXPECT_EQ(takeLog(), "-S~S");
+    EXPECT_EQ(join(list.getUndoDescriptions()), "N,F,");
+    auto dying = std::make_unique<CommandList>();
+    Edit* const last = newEdit("L");
+    last->whenRun = [&] { dying.reset(); };
+    dying->add(last);
+    EXPECT_TRUE(dying->undo());
+    EXPECT_EQ(takeLog(), "-L~L");
+}
+
+TEST_F(Commands, handlersHearOfNewAndLostCommands)
+{
+    int calls = 0;
+    DataChangedFunction handler([&](const DataChangedArgument* argument) {
+        EXPECT_EQ(argument, nullptr);
+        ++calls;
+    });
+    CommandList list;
+    list.addDataChangedHandler(&handler);
+    list.add(newEdit("A"));
+    EXPECT_EQ(calls, 1);
+    list.undo();
+    list.redo();
+    list.addGroup(std::make_unique<GroupCommand>());
+    list.reset();
+    EXPECT_EQ(calls, 1);
+    list.removeAll();
+    EXPECT_EQ(calls, 2);
+    list.removeDataChangedHandler(&handler);
+    list.removeAll();
+    EXPECT_EQ(calls, 2);
+
+    DataChangedFunction thrower(
+        [](const DataChangedArgument*) { throw std::runtime_error("heard"); });
+    list.addDataChangedHandler(&thrower);
+    EXPECT_THROW(list.add(newEdit("A")), std::runtime_error);
+    EXPECT_EQ(list.getNumberOfCommands(), 1); // recorded all the same
+    list.removeDataChangedHandler(&thrower);
+}
+
+TEST_F(Commands, functionPairs)
+{
+    FunctionCommand command([] { log += "x"; }, [] { log += "X"; });
+    EXPECT_TRUE(command.isReversible());
+    EXPECT_EQ(command.getDescription(), "");
+    command.addSetter([] { log += "y"; }, [] { log += "Y"; });
+    command.activate();
+    command.reverse();
+    EXPECT_EQ(takeLog(), "xyXY"); // not backwards
+    command.addSetter([] { log += "z"; }, nullptr);
+    command.activate();
+    EXPECT_THROW(command.reverse(), std::bad_function_call);
+    EXPECT_EQ(takeLog(), "xyzXY");
+    FunctionCommand empty;
+    empty.activate();
+    empty.reverse();
+}
+
+TEST_F(Commands, groupsAreOneStep)
+{
+    CommandList list;
+    list.addGroup(new GroupCommand);
+    list.addGroup(static_cast<GroupCommand*>(nullptr));
+    EXPECT_FALSE(list.hasCommands());
+
+    auto* const group = new GroupCommand;
+    group->setDescription("both");
+    newEdit("A")->enableUndoRedo(group->getCommandList());
+    auto* const inner = new GroupCommand;
+    newEdit("B")->enableUndoRedo(inner->getCommandList());
+    newEdit("I", false)->enableUndoRedo(inner->getCommandList());
+    newEdit("C")->enableUndoRedo(inner->getCommandList());
+    group->getCommandList()->addGroup(inner);
+    list.addGroup(group);
+    EXPECT_EQ(list.getNumberOfCommands(), 1);
+    EXPECT_EQ(list.undoWithDescription().getValue(), "both");
+    EXPECT_EQ(takeLog(), "-C-B-A");
+    EXPECT_TRUE(list.redo());
+    EXPECT_EQ(takeLog(), "+A+B+C");
+    list.reset();
+    EXPECT_EQ(takeLog().size(), 8U);
+}
+
+// Groups a million deep, and as many commands side by side, cost no stack.
+TEST_F(Commands, depthAndLength)
+{
+    constexpr int Count = 1000000;
+    int value = 0;
+    CommandList list;
+    auto innermost = std::make_unique<GroupCommand>();
+    innermost->getCommandList()->add(new FunctionCommand([&] { ++value; }, [&] { --value; }));
+    for (int i = 0; i < Count; ++i) {
+        auto outer = std::make_unique<GroupCommand>();
+        outer->getCommandList()->addGroup(std::move(innermost));
+        innermost = std::move(outer);
+    }
+    list.addGroup(std::move(innermost));
+    EXPECT_TRUE(list.undo());
+    EXPECT_EQ(value, -1);
+    EXPECT_TRUE(list.redo());
+    EXPECT_EQ(value, 0);
+    list.reset();
+
+    for (int i = 0; i < Count; ++i)
+        list.add(new FunctionCommand([&] { ++value; }, [&] { --value; }));
+    while (list.undo()) {
+    }
+    EXPECT_EQ(value, -Count);
+    while (list.redo()) {
+    }
+    EXPECT_EQ(value, 0);
+}
+
+// Adds its name to the log, and does what it is told.
+class Handler : public DataChangedHandler {
+public:
+    explicit Handler(const std::string& name) : m_name(name) {}
+    void dataChanged(const DataChangedArgument*) override
+    {
+        log += m_name;
+        if (whenCalled)
+            whenCalled();
+    }
+
+    std::function<void()> whenCalled;
+
+private:
+    std::string m_name;
+};
+
+TEST_F(Commands, dataChanged)
+{
+    std::vector<Handler> handlers; // in ascending order of their addresses
+    for (const char* name : {"a", "b", "c", "d"})
+        handlers.emplace_back(name);
+    DataChangedManager manager;
+    manager.invokeDataChanged(nullptr);
+    for (const int i : {2, 0, 3, 1, 2, 0})
+        manager.addDataChangedHandler(&handlers[static_cast<std::size_t>(i)]);
+    manager.addDataChangedHandler(nullptr);
+    manager.removeDataChangedHandler(nullptr);
+    manager.invokeDataChanged(nullptr);
+    EXPECT_EQ(takeLog(), "abcd");
+    DataChangedManager copy(manager);
+    copy.removeDataChangedHandler(&handlers[0]);
+    copy.removeDataChangedHandler(&handlers[0]);
+    copy.invokeDataChanged(nullptr);
+    manager.invokeDataChanged(nullptr);
+    EXPECT_EQ(takeLog(), "bcdabcd");
+
+    // Against the rules, but nothing is damaged: "b" takes out itself and two others, one of them
+    // already called.
+    handlers[1].whenCalled = [&] {
+        for (const int i : {0, 1, 2})
+            manager.removeDataChangedHandler(&handlers[static_cast<std::size_t>(i)]);
+    };
+    manager.invokeDataChanged(nullptr);
+    EXPECT_EQ(takeLog(), "abd");
+    handlers[3].whenCalled = [&] { manager = copy; };
+    manager.invokeDataChanged(nullptr);
+    EXPECT_EQ(takeLog(), "d");
+    handlers[1].whenCalled = [] { throw std::runtime_error("b"); };
+    EXPECT_THROW(manager.invokeDataChanged(nullptr), std::runtime_error);
+    EXPECT_EQ(takeLog(), "b");
+
+    struct Change : DataChangedArgument {
+    } change;
+    const DataChangedArgument* heard = nullptr;
+    DataChangedFunction function([&](const DataChangedArgument* argument) { heard = argument; });
+    function.dataChanged(&change);
+    EXPECT_EQ(heard, &change);
+    DataChangedFunction(nullptr).dataChanged(&change);
+}
+
+class View : public Displayer {};
+
+class Shape : public Observer {
+public:
+    Shape(const std::string& name, Displayer* displayer) : Observer(displayer), m_name(name) {}
+    ~Shape() override { log += "~" + m_name; }
+    void addToDisplayer() override { log += "+" + m_name; }
+    void removeFromDisplayer() override { log += "-" + m_name; }
+    void updateInDisplayer() override
+    {
+        log += "*" + m_name;
+        if (whenUpdated)
+            whenUpdated();
+    }
+
+    std::function<void()> whenUpdated;
+
+private:
+    std::string m_name;
+};
+
+TEST_F(Commands, observers)
+{
+    View plan;
+    View section;
+    plan.refresh();
+    {
+        ObserverManager manager;
+        auto* const a = new Shape("a", &plan);
+        auto* const b = new Shape("b", &section);
+        auto* const c = new Shape("c", &plan);
+        for (Shape* shape : {a, b, c, a})
+            manager.addObserver(shape);
+        manager.addObserver(nullptr);
+        EXPECT_EQ(manager.findObserver(&plan), a);
+        EXPECT_EQ(manager.findObserver(&section), b);
+        EXPECT_EQ(b->getDisplayer(), &section);
+        manager.addToDisplayer(nullptr);
+        manager.removeFromDisplayer(&plan);
+        manager.updateInDisplayer(&section);
+        EXPECT_EQ(takeLog(), "+a+b+c-a-c*b");
+
+        // Against the rules, but nothing is damaged.
+        a->whenUpdated = [&] { manager.removeObserver(a); };
+        b->whenUpdated = [&] { manager.addObserver(a); };
+        manager.updateInDisplayer(nullptr);
+        EXPECT_EQ(takeLog(), "*a*b*c*a");
+        manager.removeObserver(a);
+        EXPECT_EQ(manager.findObserver(&plan), c);
+        manager.removeObserver(a);
+        delete a;
+        EXPECT_EQ(takeLog(), "~a");
+    }
+    EXPECT_EQ(takeLog(), "~b~c");
+}
+
+}
