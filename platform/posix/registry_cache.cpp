@@ -57,7 +57,14 @@ void RegistryCache::checkFiles()
     m_nextCheck = now + CheckMilliseconds;
     m_changeNumber = ChangeCounter::Unknown;
     if (m_database.isExchanged())
-        m_database.close();
+        close();
+}
+
+// Whatever is asked for next has to pass refreshSlowly(), which opens the database.
+void RegistryCache::close()
+{
+    m_database.close();
+    m_changeNumber = ChangeCounter::Unknown;
 }
 
 bool RegistryCache::refresh()
@@ -68,15 +75,16 @@ bool RegistryCache::refresh()
 
 bool RegistryCache::refreshSlowly()
 {
-    const bool wasOpen = m_database.isOpen();
     if (m_database.open() != RegistryDatabase::State::Open)
         return false;
     const std::uint64_t number = m_database.changeNumber();
     const std::int64_t version = m_database.dataVersion();
     if (version < 0)
         return false;
-    if (!wasOpen || version != m_dataVersion)
+    // The version counts from somewhere else after each opening.
+    if (m_opening != m_database.opening() || m_dataVersion != version)
         clear();
+    m_opening = m_database.opening();
     m_dataVersion = version;
     // A change between the two looks may or may not be seen by what is read from now on.
     const bool isStill = number % 2 == 0 && m_database.changeNumber() == number;

@@ -62,7 +62,7 @@ public:
     const std::vector<std::string>* subkeyNames(Key& key);
 
     // The next call opens the database again.
-    void close() { m_database.close(); }
+    void close();
 
 private:
     using List = bool (RegistryDatabase::*)(KeyId key, std::vector<std::string>& names);
@@ -90,6 +90,7 @@ private:
     std::uint64_t m_epoch = 1;
     // The numbers for which m_keys is right.
     std::uint64_t m_changeNumber = ChangeCounter::Unknown;
+    std::uint64_t m_opening = 0;
     std::int64_t m_dataVersion = -1;
     std::int64_t m_nextCheck = 0;
 };

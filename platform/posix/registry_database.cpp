@@ -197,6 +197,7 @@ RegistryDatabase::State RegistryDatabase::open()
         close();
         return State::Unusable;
     }
+    ++m_opening;
     m_counter.open(counterFile(), m_place.fileMode);
     m_databaseId = FileId(databaseFile());
     m_counterId = FileId(counterFile());
@@ -270,7 +271,7 @@ void RegistryDatabase::close()
 
 bool RegistryDatabase::isExchanged() const
 {
-    return isOpen() &&
+    return m_connection != nullptr &&
            !(FileId(databaseFile()) == m_databaseId && FileId(counterFile()) == m_counterId);
 }
 

@@ -55,13 +55,14 @@ public:
     State open();
     bool openOrMake();
     void close();
-    bool isOpen() const { return m_connection != nullptr; }
+    // Moves on with each opening.
+    std::uint64_t opening() const { return m_opening; }
     // Other files, or none, stand in the place of the open ones by now.
     bool isExchanged() const;
 
     std::uint64_t changeNumber() const { return m_counter.value(); }
-    // SQLite's own number for what others have changed since it was opened; -1 on failure. Takes
-    // some system calls.
+    // SQLite's own number for what others have changed since the opening; -1 on failure. Takes some
+    // system calls.
     std::int64_t dataVersion();
 
     // False on failure; what is missing is NoKey and a value that does not exist.
@@ -123,6 +124,7 @@ private:
 
     Place m_place;
     sqlite3* m_connection = nullptr;
+    std::uint64_t m_opening = 0;
     std::array<sqlite3_stmt*, StatementCount> m_statements{};
     FileId m_databaseId;
     FileId m_counterId;

@@ -29,7 +29,7 @@ protected:
         const std::string_view names[] = {"Software", m_top};
         const Tools::RegistryKey root =
             Tools::Registry::find(Tools::Registry::CurrentUser, "", false);
-        Tools::Platform::removeTree(root.handle(), names);
+        EXPECT_TRUE(Tools::Platform::removeTree(root.handle(), names));
     }
 
     void SetUp() override { ASSERT_TRUE(m_key.valid()); }

@@ -1,0 +1,359 @@
+// What only the stores on Linux have: files, their rights, and what can happen to them.
+#include "support/child_process.h"
+#include "support/registry_test.h"
+
+#include <mdtools/environment.h>
+#include <mdtools/language.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace Tools;
+using namespace MdToolsTest;
+
+const std::string Machine = std::to_string(Registry::LocalMachine);
+const std::string User = std::to_string(Registry::CurrentUser);
+
+fs::path ownStore()
+{
+    return fs::path(workDirectory()) / "registry";
+}
+
+std::string readFile(const fs::path& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void writeFile(const fs::path& path, const std::string& bytes)
+{
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+int modeOf(const fs::path& path)
+{
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0 ? static_cast<int>(info.st_mode & 07777) : -1;
+}
+
+// A directory for stores that only child processes use.
+class RegistryFiles : public RegistryTest {
+protected:
+    RegistryFiles() : m_directory(fs::path(workDirectory()) / "stores")
+    {
+        fs::create_directory(m_directory);
+    }
+    ~RegistryFiles() override { fs::remove_all(m_directory); }
+
+    Variables variables() const { return {{"MDTOOLS_REGISTRY_DIR", m_directory.string()}}; }
+
+    std::string run(const std::vector<std::string>& arguments) const
+    {
+        return runChild(builtProgram("settings_child"), arguments, variables()).output;
+    }
+
+    fs::path m_directory;
+};
+
+TEST_F(RegistryFiles, rights)
+{
+    for (const mode_t mask : {0, 077}) {
+        const mode_t old = ::umask(mask);
+        run({"write", User, "K", "v", "x"});
+        run({"write", Machine, "K", "v", "x"});
+        ::umask(old);
+        EXPECT_EQ(modeOf(m_directory / "user.db"), 0600);
+        EXPECT_EQ(modeOf(m_directory / "user.db-wal"), 0600);
+        EXPECT_EQ(modeOf(m_directory / "user.changes"), 0600);
+        EXPECT_EQ(modeOf(m_directory / "machine.db"), 0644);
+        EXPECT_EQ(modeOf(m_directory / "machine.changes"), 0644);
+        for (const fs::directory_entry& entry : fs::directory_iterator(m_directory))
+            fs::remove(entry);
+    }
+}
+
+TEST_F(RegistryFiles, places)
+{
+    const fs::path configuration = m_directory / "new" / "config";
+    runChild(builtProgram("settings_child"), {"write", User, "K", "v", "x"},
+             {{"MDTOOLS_REGISTRY_DIR", ""}, {"XDG_CONFIG_HOME", configuration.string()}});
+    EXPECT_TRUE(fs::exists(configuration / "Meroda" / "user.db"));
+    EXPECT_EQ(modeOf(configuration / "Meroda"), 0700);
+
+    runChild(builtProgram("settings_child"), {"write", User, "K", "v", "x"},
+             {{"MDTOOLS_REGISTRY_DIR", ""},
+              {"XDG_CONFIG_HOME", ""},
+              {"HOME", (m_directory / "home").string()}});
+    EXPECT_TRUE(fs::exists(m_directory / "home" / ".config" / "Meroda" / "user.db"));
+}
+
+// Reading makes no file.
+TEST_F(RegistryFiles, readingLeavesNoTrace)
+{
+    EXPECT_EQ(run({"read", User, "", ""}), "invalid\n");
+    EXPECT_EQ(run({"read", Machine, "K", "v"}), "invalid\n");
+    EXPECT_TRUE(fs::is_empty(m_directory));
+}
+
+TEST_F(RegistryFiles, damagedStoreIsLeftAlone)
+{
+    run({"words", User, "K", "v", "3000"});
+    const fs::path database = m_directory / "user.db";
+    sqlite3* connection = nullptr;
+    sqlite3_open(database.c_str(), &connection);
+    sqlite3_exec(connection, "PRAGMA journal_mode = DELETE", nullptr, nullptr, nullptr);
+    sqlite3_close(connection);
+    const std::string good = readFile(database);
+    ASSERT_GT(good.size(), 20000u);
+
+    std::string noise = good;
+    for (std::size_t i = 4096; i < noise.size(); ++i)
+        noise[i] = static_cast<char>(i * 2654435761u >> 13);
+    const fs::path other = m_directory / "other";
+    sqlite3_open(other.c_str(), &connection);
+    sqlite3_exec(connection, "CREATE TABLE key(id); CREATE TABLE value(key)", nullptr, nullptr,
+                 nullptr);
+    sqlite3_close(connection);
+
+    const std::string damages[] = {
+        "",
+        "x",
+        std::string(100000, 'x'),
+        noise,
+        good.substr(0, 100),
+        good.substr(0, 5000),
+        readFile(other),
+    };
+    for (const std::string& damage : damages) {
+        SCOPED_TRACE(damage.size());
+        writeFile(database, damage);
+        EXPECT_EQ(run({"read", User, "K", "v7"}), "invalid\n");
+        EXPECT_EQ(run({"write", User, "K", "new", "text"}), "");
+        EXPECT_EQ(readFile(database), damage);
+    }
+    fs::remove(database);
+    fs::create_directory(database);
+    EXPECT_EQ(run({"read", User, "", ""}), "invalid\n");
+    EXPECT_EQ(runChild(builtProgram("settings_child"), {"write", User, "K", "v", "x"}, variables())
+                  .exitCode,
+              1);
+    fs::remove(database);
+    writeFile(database, good);
+    EXPECT_EQ(run({"read", User, "K", "v7"}), "7\n");
+}
+
+TEST_F(RegistryFiles, manyMakeTheStoreAtOnce)
+{
+    constexpr int Count = 8;
+    std::vector<std::unique_ptr<Child>> children;
+    for (int i = 0; i < Count; ++i)
+        children.push_back(
+            std::make_unique<Child>(builtProgram("settings_child"),
+                                    std::vector<std::string>{"write", i % 2 == 0 ? User : Machine,
+                                                             "K\\L", std::to_string(i), "made"},
+                                    variables()));
+    for (const std::unique_ptr<Child>& child : children)
+        EXPECT_EQ(child->wait().exitCode, 0);
+    for (int i = 0; i < Count; ++i)
+        EXPECT_EQ(run({"read", i % 2 == 0 ? User : Machine, "k\\l", std::to_string(i)}), "made\n");
+}
+
+// Whatever happens to the counter, changes are seen.
+TEST_F(RegistryFiles, changeCounter)
+{
+    const fs::path counter = ownStore() / "user.changes";
+    const auto setCounter = [&counter](std::uint64_t number) {
+        std::fstream file(counter, std::ios::binary | std::ios::in | std::ios::out);
+        file.write(reinterpret_cast<const char*>(&number), sizeof number);
+    };
+    const auto checkChanges = [this] {
+        for (const std::string text : {"1", "2", "3"}) {
+            EXPECT_EQ(m_key["v"].valid(), text != "1");
+            runChild(builtProgram("settings_child"), {"write", User, m_path, "v", text});
+            EXPECT_EQ(m_key["v"].getString(), text);
+            writeText("w", text);
+            EXPECT_EQ(m_key["W"].getString(), text);
+        }
+        m_key.remove(makeValue("v", RegistryValue::None));
+    };
+    checkChanges();
+    // A writer was killed, or something wrote nonsense.
+    for (const std::uint64_t number : {std::uint64_t{77}, ~std::uint64_t{0}, std::uint64_t{0}}) {
+        SCOPED_TRACE(number);
+        setCounter(number);
+        checkChanges();
+    }
+    writeText("walk", "");
+    setCounter(1001);
+    RegistryValue::Iterator walk(m_key);
+    int count = 0;
+    for (walk.begin(); walk.valid(); ++walk)
+        ++count;
+    EXPECT_EQ(count, Platform::countValues(m_key.handle()));
+}
+
+// The next key opened after a while is one of the new store.
+TEST_F(RegistryFiles, exchangedStore)
+{
+    writeText("v", "old");
+    const fs::path kept = m_directory / "kept";
+    fs::create_directory(kept);
+    for (const char* name : {"user.db", "user.db-wal", "user.db-shm", "user.changes"})
+        fs::rename(ownStore() / name, kept / name);
+
+    const auto waitFor = [this](const std::string& text) {
+        while (Registry::find(Registry::CurrentUser, m_path, false)["v"].getString() != text)
+            ::usleep(1000);
+    };
+    waitFor("");
+    runChild(builtProgram("settings_child"), {"write", User, m_path, "v", "new"});
+    waitFor("new");
+    // The old key belonged to the old store.
+    EXPECT_FALSE(m_key["v"].valid());
+    writeText("v", "lost");
+    m_key = Registry::find(Registry::CurrentUser, m_path, false);
+    EXPECT_EQ(m_key["v"].getString(), "new");
+}
+
+TEST_F(RegistryFiles, fork)
+{
+    writeText("parent", "1");
+    RegistryKey inherited = m_key;
+    EXPECT_EQ(inherited["parent"].getString(), "1");
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        for (int i = 0; i < 100; ++i)
+            inherited.add(makeValue("c" + std::to_string(i), RegistryValue::DWord).setData(i));
+        ::_exit(inherited["parent"].valid() && inherited["c99"].getDWord() == 99 ? 0 : 1);
+    }
+    for (int i = 0; i < 100; ++i)
+        m_key.add(makeValue("p" + std::to_string(i), RegistryValue::DWord).setData(i));
+    int status = -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(Platform::countValues(inherited.handle()), 201);
+    EXPECT_EQ(m_key["c99"].getDWord(), 99u);
+}
+
+// Other users read the machine's store and cannot change it, nor read this user's.
+TEST_F(RegistryFiles, otherUsers)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can become another user";
+    RegistryKey machine = Registry::find(Registry::LocalMachine, "Other", true);
+    machine.add(makeValue("v", RegistryValue::DWord).setData(5));
+    fs::permissions(workDirectory(), fs::perms(0755));
+    fs::permissions(ownStore(), fs::perms(0755));
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const bool isOther = ::setgid(65534) == 0 && ::setuid(65534) == 0;
+        machine.add(makeValue("v", RegistryValue::DWord).setData(6));
+        const RegistryKey key = Registry::find(Registry::LocalMachine, "Other", false);
+        const bool canRead = key["v"].getDWord() == 5;
+        const bool canCreate = Registry::find(Registry::LocalMachine, "New", true).valid();
+        const bool canSpy = Registry::find(Registry::CurrentUser, m_path, false).valid();
+        ::_exit(isOther && canRead && !canCreate && !canSpy ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(machine["v"].getDWord(), 5u);
+}
+
+// Handles that were closed already do no harm.
+TEST_F(RegistryFiles, staleHandles)
+{
+    const KeyHandle handle = Platform::openKey(m_key.handle(), {}, false);
+    Platform::closeKey(handle);
+    Platform::closeKey(handle);
+    std::vector<RegistryKey> others(3, m_key);
+    EXPECT_FALSE(RegistryValue(handle, "v").valid());
+    EXPECT_EQ(Platform::openKey(handle, {}, false), nullptr);
+    EXPECT_EQ(Platform::countValues(handle), -1);
+    for (const RegistryKey& key : others)
+        EXPECT_EQ(Platform::countValues(key.handle()), 0);
+}
+
+// A second byte may look like a separator or a letter; in names of the limits' sizes it counts as
+// no character.
+TEST_F(RegistryFiles, doubleByteNames)
+{
+    const auto run932 = [this](const std::vector<std::string>& arguments) {
+        Variables all = variables();
+        all.emplace_back("MDTOOLS_CODEPAGE", "932");
+        return runChild(builtProgram("settings_child"), arguments, all).output;
+    };
+    run932({"write", User, "\x83\\\\K", "\x83\x41", "so"});
+    EXPECT_EQ(run932({"read", User, "\x83\\/k", "\x83\x41"}), "so\n");
+    EXPECT_EQ(run932({"read", User, "\x83\\/k", "\x83\x61"}), "invalid\n");
+    EXPECT_EQ(run932({"read", User, "\x83", ""}), "invalid\n");
+
+    std::string name;
+    for (int i = 0; i < 255; ++i)
+        name += "\x83\x41";
+    run932({"write", User, name, "v", "long"});
+    EXPECT_EQ(run932({"read", User, name, "v"}), "long\n");
+    run932({"write", User, name + "x", "v", "longer"});
+    EXPECT_EQ(run932({"read", User, name + "x", "v"}), "invalid\n");
+    EXPECT_EQ(run({"read", User, name, "v"}), "invalid\n");
+}
+
+TEST_F(RegistryFiles, largeAndManyValues)
+{
+    // More than is kept of what was read.
+    const std::string large(5000000, 'x');
+    for (const char* name : {"a", "b", "c", "d", "e"})
+        writeText(name, name + large);
+    for (const char* name : {"a", "b", "c", "d", "e"})
+        EXPECT_EQ(m_key[name].getString(), name + large);
+    EXPECT_EQ(Platform::countValues(m_key.handle()), 5);
+}
+
+TEST(LanguageOfVariables, language)
+{
+    struct Case {
+        const char *all, *lang;
+        bool german, czech, slovak;
+    };
+    static const Case cases[] = {
+        {"de_DE.UTF-8", "cs_CZ", true, false, false}, {"cs", "de", false, true, false},
+        {"sk_SK@euro", "de", false, false, true},     {"C", "de_DE", false, false, false},
+        {"den_DE", "de_DE", false, false, false},
+    };
+    const Language language;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.all);
+        Environment("LC_ALL").setValue(c.all);
+        Environment("LANG").setValue(c.lang);
+        EXPECT_EQ(language.isGerman(), c.german);
+        EXPECT_EQ(language.isCzech(), c.czech);
+        EXPECT_EQ(language.isSlovak(), c.slovak);
+    }
+    ::unsetenv("LC_ALL");
+    EXPECT_FALSE(language.isSlovak());
+    ::setenv("LC_ALL", "", 1);
+    Environment("LANG").setValue("sk");
+    EXPECT_TRUE(language.isSlovak());
+    ::unsetenv("LC_ALL");
+    ::unsetenv("LANG");
+    EXPECT_FALSE(language.isGerman() || language.isCzech() || language.isSlovak());
+}
+
+}
