@@ -60,6 +60,11 @@ function(mdtools_configure_library objects library)
         PRIVATE "${PROJECT_SOURCE_DIR}")
     target_compile_definitions(${objects} PRIVATE MDTOOLS_EXPORTS
         $<$<BOOL:${MDTOOLS_HAS_CONSTINIT_STRING}>:MDTOOLS_HAS_CONSTINIT_STRING>)
+    # GCC would mark variables of the standard library's templates as unique in the process, and a
+    # library that holds one of those is never unloaded.
+    if(NOT WIN32)
+        target_compile_options(${objects} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+    endif()
     target_compile_features(${objects} PUBLIC cxx_std_20)
     target_link_libraries(${objects} PRIVATE mdtools_warnings ${MDTOOLS_SYSTEM_LIBRARIES})
     target_include_directories(${library}

@@ -31,3 +31,5 @@
 #include <mdtools/version_info.h>
 #include <mdtools/version_number.h>
 #include <mdtools/version_text.h>
+#include <mdtools/system.h>
+#include <mdtools/threads.h>

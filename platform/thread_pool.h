@@ -1,0 +1,52 @@
+#pragma once
+
+#include <mdtools/platform_types.h>
+
+#include <cstddef>
+#include <functional>
+
+// platform/thread_pool.h - a private pool of threads that runs batches of work.
+namespace Tools::Platform {
+
+class Pool;
+struct Work;
+
+// Starts `minimum` threads and adds more when there is work for them, up to `maximum`; they stay.
+Pool* createPool(int minimum, int maximum);
+
+// Drops the work that has not started, waits for what runs, and ends the threads.
+void destroyPool(Pool* pool);
+
+// A null pool is that of the process on Windows; on Linux the pool that runs the work counts.
+Work* createWork(Pool* pool, WorkCallback callback, void* context);
+void closeWork(Work* work);
+WorkHandle workHandle(const Work* work);
+
+// Hands all of `works` over in order and returns when each has been called once. One call at a time
+// for each pool. An exception that leaves a callback ends the program.
+void runWorks(Pool* pool, Work* const* works, std::size_t count);
+
+// Likewise calls `body(begin, end)` for `chunks` equal ranges of 0 to `count`, the last of which
+// takes what the division leaves over. Each call is made on a copy of `body` of its own, which is
+// destroyed by the thread that called it.
+using LoopBody = std::function<void(int begin, int end)>;
+void runLoop(Pool* pool, const LoopBody& body, int count, int chunks);
+
+struct Range {
+    int begin;
+    int end;
+};
+
+// The range of the chunk with this number, counted from 0.
+inline Range chunkRange(int count, int chunks, int number)
+{
+    const int length = count / chunks;
+    return {number * length, number + 1 < chunks ? (number + 1) * length : count};
+}
+
+// At the end of a process Windows ends all threads but one before libraries clean up. Nothing can
+// be waited for then, and what the threads were using must stay as it is. Linux leaves them
+// running.
+bool threadsHaveEnded();
+
+}

@@ -1,0 +1,39 @@
+#include <mdtools/threads.h>
+
+#include "platform/threads.h"
+
+namespace Tools {
+
+CriticalSection::CriticalSection() : m_lock(Platform::createLock(), Platform::destroyLock) {}
+
+CriticalSection::CriticalSection(const CriticalSection& other) = default;
+CriticalSection& CriticalSection::operator=(const CriticalSection& other) = default;
+CriticalSection::~CriticalSection() = default;
+
+void CriticalSection::lock()
+{
+    Platform::enterLock(m_lock.get());
+}
+
+bool CriticalSection::tryLock()
+{
+    return Platform::tryEnterLock(m_lock.get());
+}
+
+void CriticalSection::unlock()
+{
+    Platform::leaveLock(m_lock.get());
+}
+
+CriticalSectionLocker::CriticalSectionLocker(CriticalSection& section)
+    : m_lock(section.m_lock.get())
+{
+    Platform::enterLock(m_lock);
+}
+
+CriticalSectionLocker::~CriticalSectionLocker()
+{
+    Platform::leaveLock(m_lock);
+}
+
+}

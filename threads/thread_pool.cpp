@@ -1,0 +1,82 @@
+#include <mdtools/system.h>
+#include <mdtools/threads.h>
+
+#include "threads/sized_pool.h"
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+namespace Tools {
+
+struct ThreadPool::State {
+    Platform::Pool* pool = createSizedPool();
+    CriticalSection lock;
+    std::vector<std::unique_ptr<ThreadWork>> items;
+    // Those of the items, in the same order; brought up to date when the items are run.
+    std::vector<Platform::Work*> works;
+};
+
+ThreadWork::ThreadWork(ThreadPool* pool, WorkCallback callback, void* context)
+    : m_work(
+          Platform::createWork(pool == nullptr ? nullptr : pool->m_state->pool, callback, context))
+{}
+
+ThreadWork::~ThreadWork()
+{
+    Platform::closeWork(m_work);
+}
+
+WorkHandle ThreadWork::getWork() const
+{
+    return Platform::workHandle(m_work);
+}
+
+ThreadPool::ThreadPool() : m_state(new State) {}
+
+ThreadPool::~ThreadPool()
+{
+    if (Platform::threadsHaveEnded())
+        return;
+    clearWorks();
+    Platform::destroyPool(m_state->pool);
+    delete m_state;
+}
+
+void ThreadPool::addWork(std::unique_ptr<ThreadWork> work)
+{
+    if (!work)
+        return;
+    const CriticalSectionLocker locker(m_state->lock);
+    m_state->items.push_back(std::move(work));
+}
+
+void ThreadPool::runWorks()
+{
+    const CriticalSectionLocker locker(m_state->lock);
+    std::vector<Platform::Work*>& works = m_state->works;
+    if (works.size() != m_state->items.size()) {
+        works.clear();
+        for (const auto& item : m_state->items)
+            works.push_back(item->m_work);
+    }
+    Platform::runWorks(m_state->pool, works.data(), works.size());
+}
+
+void ThreadPool::clearWorks()
+{
+    const CriticalSectionLocker locker(m_state->lock);
+    m_state->works.clear();
+    m_state->items.clear();
+}
+
+Platform::Pool* createSizedPool()
+{
+    constexpr int MinimumThreads = 2;
+    constexpr int MostCores = std::numeric_limits<int>::max() / 2;
+    // A program may have attached anything for the count.
+    const int cores = std::clamp(System::getCpuCoreCount(), 1, MostCores);
+    return Platform::createPool(MinimumThreads, 2 * cores);
+}
+
+}

@@ -1,0 +1,58 @@
+#include <mdtools/system.h>
+#include <mdtools/threads.h>
+
+#include "platform/unload.h"
+#include "threads/sized_pool.h"
+
+#include <algorithm>
+
+namespace Tools {
+
+namespace {
+
+struct LoopPool {
+    Platform::Pool* pool = createSizedPool();
+    // One loop at a time.
+    CriticalSection lock;
+};
+
+LoopPool* loopPool;
+
+void destroyLoopPool()
+{
+    Platform::destroyPool(loopPool->pool);
+    delete loopPool;
+}
+
+// The pool is not destroyed at the end of the process: its threads may be in the middle of a body.
+LoopPool* createLoopPool()
+{
+    loopPool = new LoopPool;
+    Platform::atUnload(destroyLoopPool);
+    return loopPool;
+}
+
+int chunkCount(int count, bool sequential)
+{
+    int chunks = System::getCpuCoreCount();
+    while (count < chunks)
+        chunks /= 2;
+    return chunks < 1 || sequential ? 1 : chunks;
+}
+
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface has it so
+void ThreadUtility::forEach(int count, std::function<void(int begin, int end)> body,
+                            bool sequential)
+{
+    if (!body)
+        return;
+    count = std::max(count, 0);
+    const int chunks = chunkCount(count, sequential);
+    static LoopPool* const loop = createLoopPool();
+    const CriticalSectionLocker locker(loop->lock);
+    Platform::runLoop(loop->pool, body, count, chunks);
+}
+
+}
