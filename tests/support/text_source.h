@@ -1,0 +1,70 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <istream>
+#include <streambuf>
+#include <string>
+
+namespace MdToolsTest {
+
+// A stream buffer over a text, with a get area of a given size (none at all with 0) that is filled
+// anew with each underflow and gives characters back beyond its start only when told so.
+class TextSource : public std::streambuf {
+public:
+    struct Kind {
+        std::size_t area;
+        bool canPutBack;
+    };
+    static constexpr Kind Kinds[] = {{0, false}, {0, true}, {1, false}, {1, true},   {2, true},
+                                     {3, false}, {5, true}, {16, true}, {17, false}, {1000, true}};
+
+    TextSource(std::string text, Kind kind) : m_text(std::move(text)), m_kind(kind) {}
+
+    static TextSource& of(std::istream& stream)
+    {
+        return static_cast<TextSource&>(*stream.rdbuf());
+    }
+
+    // How many characters were taken.
+    std::size_t position() const { return m_next - static_cast<std::size_t>(egptr() - gptr()); }
+
+protected:
+    int_type underflow() override
+    {
+        if (m_next == m_text.size())
+            return traits_type::eof();
+        if (m_kind.area > 0) {
+            const std::size_t count = std::min(m_kind.area, m_text.size() - m_next);
+            setg(&m_text[m_next], &m_text[m_next], &m_text[m_next] + count);
+            m_next += count;
+            return traits_type::to_int_type(*gptr());
+        }
+        return traits_type::to_int_type(m_text[m_next]);
+    }
+
+    int_type uflow() override
+    {
+        if (m_kind.area > 0)
+            return std::streambuf::uflow();
+        return m_next < m_text.size() ? traits_type::to_int_type(m_text[m_next++])
+                                      : traits_type::eof();
+    }
+
+    int_type pbackfail(int_type c) override
+    {
+        const std::size_t here = position();
+        if (!m_kind.canPutBack || here == 0 || m_text[here - 1] != traits_type::to_char_type(c))
+            return traits_type::eof();
+        setg(nullptr, nullptr, nullptr);
+        m_next = here - 1;
+        return c;
+    }
+
+private:
+    std::string m_text;
+    Kind m_kind;
+    std::size_t m_next = 0;
+};
+
+}
