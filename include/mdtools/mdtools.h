@@ -8,6 +8,7 @@
 #include <mdtools/command_list.h>
 #include <mdtools/constants.h>
 #include <mdtools/data_changed.h>
+#include <mdtools/debug_output.h>
 #include <mdtools/directory.h>
 #include <mdtools/displayer.h>
 #include <mdtools/encoding.h>

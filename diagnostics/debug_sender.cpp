@@ -1,0 +1,188 @@
+#include "diagnostics/debug_sender.h"
+
+#include "diagnostics/debug_labels.h"
+#include "diagnostics/formatted_text.h"
+#include "platform/debug_channel.h"
+#include "platform/lifetime.h"
+
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace Tools::DebugSender {
+
+std::atomic<Link> s_link{Link::Unknown};
+
+namespace {
+
+// No message has more characters, once it is formatted.
+constexpr std::size_t MostCharacters = 65535;
+
+std::atomic<int> s_users{0};
+std::atomic<bool> s_receiverFound{false};
+std::atomic<bool> s_handlersSet{false};
+char* s_block = nullptr;
+
+// The thread that holds the block, and what it has been asked to send meanwhile; only that thread
+// looks at the second.
+std::atomic<std::thread::id> s_holder{};
+std::vector<std::string>* s_postponed = nullptr;
+
+void endAll()
+{
+    // The system frees everything, and what a stopped thread was doing is better left alone.
+    if (Platform::otherThreadsWereStopped())
+        return;
+    end();
+    if (s_users.load() == 0)
+        DebugLabels::release();
+}
+
+// The link is Connecting, so one thread at a time comes here.
+void open()
+{
+    const Use use;
+    if (!s_handlersSet.exchange(true)) {
+        Platform::onLibraryEnd(endAll);
+        Platform::onForkedChild(restart);
+    }
+    const bool found = Platform::findDebugReceiver();
+    s_receiverFound = found;
+    s_block = found ? Platform::openDebugBlock() : nullptr;
+    Link expected = Link::Connecting;
+    const Link reached = s_block ? Link::Open : Link::Closed;
+    // The library may have been ended meanwhile.
+    if (!s_link.compare_exchange_strong(expected, reached) || !s_block)
+        Platform::closeDebugChannel();
+}
+
+// Copies the next piece of `text` into the block. Returns what follows it in the message.
+std::string_view putPiece(std::string_view text)
+{
+    const std::string_view head = text.substr(0, Platform::DebugBlockSize - 1);
+    const std::size_t lineFeed = head.find('\n');
+    const bool isLine = lineFeed != std::string_view::npos;
+    const std::size_t size = isLine ? lineFeed + 1 : head.size();
+    std::memcpy(s_block, text.data(), size);
+    s_block[size] = '\0';
+    // Behind the first bytes of an overlong line everything is dropped, further lines as well.
+    return isLine ? text.substr(size) : std::string_view();
+}
+
+void sendPieces(std::string_view text)
+{
+    while (!text.empty() && !isClosed()) {
+        text = putPiece(text);
+        Link expected = Link::Open;
+        if (!Platform::deliverDebugBlock())
+            s_link.compare_exchange_strong(expected, Link::Lost);
+    }
+}
+
+// Holds the block for one message, and for what this thread is asked to send meanwhile.
+class Hold {
+public:
+    Hold()
+    {
+        Platform::takeDebugBlock();
+        s_postponed = &m_postponed;
+        s_holder = std::this_thread::get_id();
+    }
+    ~Hold()
+    {
+        s_holder = std::thread::id();
+        Platform::releaseDebugBlock();
+    }
+    Hold(const Hold&) = delete;
+    Hold& operator=(const Hold&) = delete;
+
+    void sendPostponed()
+    {
+        for (std::size_t i = 0; i < m_postponed.size(); ++i) {
+            const std::string text = std::move(m_postponed[i]);
+            sendPieces(text);
+        }
+    }
+
+private:
+    std::vector<std::string> m_postponed;
+};
+
+void sendText(const char* text)
+{
+    if (*text == '\0')
+        return;
+    // Waiting for the receiver, the system may let this thread answer other windows, whose code
+    // may trace. The block is taken then, and waiting for it would be for ever.
+    if (s_holder == std::this_thread::get_id()) {
+        s_postponed->emplace_back(text);
+        return;
+    }
+    Hold hold;
+    sendPieces(text);
+    hold.sendPostponed();
+}
+
+}
+
+Use::Use()
+{
+    s_users.fetch_add(1);
+}
+
+Use::~Use()
+{
+    s_users.fetch_sub(1);
+}
+
+bool connect()
+{
+    for (;;) {
+        Link link = s_link.load();
+        if (link >= Link::Open)
+            return link == Link::Open;
+        if (link == Link::Unknown && s_link.compare_exchange_strong(link, Link::Connecting))
+            open();
+        else
+            std::this_thread::yield();
+    }
+}
+
+bool receiverWasFound()
+{
+    connect();
+    return s_receiverFound;
+}
+
+void send(const char* format, va_list args)
+{
+    const Use use;
+    if (!connect())
+        return;
+    const FormattedText text(format, args);
+    if (text.get() && text.size() <= MostCharacters)
+        sendText(text.get());
+}
+
+void end()
+{
+    const Link before = s_link.exchange(Link::Closed);
+    if (before != Link::Open && before != Link::Lost)
+        return;
+    Platform::removeDebugNames();
+    if (s_users.load() == 0)
+        Platform::closeDebugChannel();
+}
+
+void restart()
+{
+    Platform::abandonDebugChannel();
+    s_users = 0;
+    s_holder = std::thread::id();
+    s_link = Link::Unknown;
+}
+
+}

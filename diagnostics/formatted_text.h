@@ -1,0 +1,27 @@
+#pragma once
+
+#include <array>
+#include <cstdarg>
+#include <cstddef>
+#include <memory>
+
+namespace Tools {
+
+// The text of a call in the manner of printf. A short one needs no allocation.
+class FormattedText {
+public:
+    FormattedText(const char* format, va_list args);
+
+    // Null if the text cannot be formatted. It ends at its first NUL.
+    const char* get() const { return m_text; }
+    // Of all that was formatted.
+    std::size_t size() const { return m_size; }
+
+private:
+    std::array<char, 1024> m_short;
+    std::unique_ptr<char[]> m_long;
+    const char* m_text = nullptr;
+    std::size_t m_size = 0;
+};
+
+}

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstddef>
+
+// console.h - what a console program of this project asks of the system; no part of the library.
+namespace Tools::Platform {
+
+// Writes the very bytes to the standard output, past any buffer. False if nobody takes them.
+bool writeStandardOutput(const char* text, std::size_t size);
+
+// `handler` is called when the user or the system asks the program to end: Ctrl-C, the end of the
+// session. It may run at any moment, on any thread, and do only what a signal handler may.
+void onEndRequest(void (*handler)());
+
+}

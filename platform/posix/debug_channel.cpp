@@ -1,0 +1,177 @@
+#include "platform/debug_channel.h"
+
+#include "platform/posix/debug_socket.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <semaphore.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace Tools::Platform {
+
+namespace {
+
+// How often an answer is asked for before the thread sleeps: some 20 microseconds, more than an
+// awake receiver needs and less than falling asleep and waking up would cost.
+constexpr int AnswerTries = 100;
+
+// A receiver that does not take connections any more is given up after this time.
+constexpr timeval ConnectLimit = {2, 0};
+
+int s_socket = -1;
+void* s_block = nullptr;
+sem_t* s_event = nullptr;
+std::uint32_t s_process = 0;
+
+int connectTo(const sockaddr_un& address)
+{
+    const int socket = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+    if (socket < 0)
+        return -1;
+    ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &ConnectLimit, sizeof(ConnectLimit));
+    if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0 &&
+        isPeerSameUser(socket))
+        return socket;
+    ::close(socket);
+    return -1;
+}
+
+// The names carry the id of this process, so whoever holds one already is dead: its objects are
+// replaced, never reused, as it may have left them in any state.
+int createBlock(const char* name)
+{
+    constexpr int Flags = O_RDWR | O_CREAT | O_EXCL;
+    int file = ::shm_open(name, Flags, S_IRUSR | S_IWUSR);
+    if (file < 0 && errno == EEXIST && ::shm_unlink(name) == 0)
+        file = ::shm_open(name, Flags, S_IRUSR | S_IWUSR);
+    return file;
+}
+
+sem_t* createEvent(const char* name)
+{
+    constexpr int Flags = O_CREAT | O_EXCL;
+    sem_t* event = ::sem_open(name, Flags, S_IRUSR | S_IWUSR, 1U);
+    if (event == SEM_FAILED && errno == EEXIST && ::sem_unlink(name) == 0)
+        event = ::sem_open(name, Flags, S_IRUSR | S_IWUSR, 1U);
+    return event == SEM_FAILED ? nullptr : event;
+}
+
+void* mapBlock(const char* name)
+{
+    const int file = createBlock(name);
+    if (file < 0)
+        return nullptr;
+    // The memory is reserved now: a write into a block that the system has no room for would end
+    // the program.
+    void* block = MAP_FAILED;
+    if (::posix_fallocate(file, 0, DebugBlockSize) == 0)
+        block = ::mmap(nullptr, DebugBlockSize, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+    ::close(file);
+    if (block != MAP_FAILED)
+        return block;
+    ::shm_unlink(name);
+    return nullptr;
+}
+
+ssize_t receive(int flags)
+{
+    char answer = 0;
+    ssize_t count = 0;
+    do {
+        count = ::recv(s_socket, &answer, sizeof(answer), flags);
+    } while (count < 0 && errno == EINTR);
+    return count;
+}
+
+bool waitForAnswer()
+{
+    for (int i = 0; i < AnswerTries; ++i) {
+        const ssize_t count = receive(MSG_DONTWAIT);
+        if (count >= 0 || (errno != EAGAIN && errno != EWOULDBLOCK))
+            return count > 0;
+    }
+    return receive(0) > 0;
+}
+
+}
+
+bool findDebugReceiver()
+{
+    const std::array<std::string, 2> directories = debugSocketDirectories();
+    for (const std::string& directory : directories) {
+        sockaddr_un address;
+        // The last one stands where everybody may write.
+        if (!makeDebugSocketAddress(directory, address) ||
+            (&directory == &directories.back() && !isPrivateDirectory(directory)))
+            continue;
+        s_socket = connectTo(address);
+        if (s_socket >= 0)
+            return true;
+    }
+    return false;
+}
+
+char* openDebugBlock()
+{
+    s_process = static_cast<std::uint32_t>(::getpid());
+    s_block = mapBlock(debugBlockName(s_process).c_str());
+    if (s_block)
+        s_event = createEvent(debugEventName(s_process).c_str());
+    return s_event ? static_cast<char*>(s_block) : nullptr;
+}
+
+void takeDebugBlock()
+{
+    while (::sem_wait(s_event) != 0 && errno == EINTR) {
+    }
+}
+
+void releaseDebugBlock()
+{
+    ::sem_post(s_event);
+}
+
+bool deliverDebugBlock()
+{
+    const DebugRequest request = {0, s_process};
+    ssize_t count = 0;
+    do {
+        count = ::send(s_socket, &request, sizeof(request), MSG_NOSIGNAL);
+    } while (count < 0 && errno == EINTR);
+    return count == sizeof(request) && waitForAnswer();
+}
+
+void removeDebugNames()
+{
+    if (s_block)
+        ::shm_unlink(debugBlockName(s_process).c_str());
+    if (s_event)
+        ::sem_unlink(debugEventName(s_process).c_str());
+}
+
+void closeDebugChannel()
+{
+    // The names go first: what the receiver still finds when the connection ends has been left by
+    // a process that died.
+    removeDebugNames();
+    if (s_event)
+        ::sem_close(s_event);
+    abandonDebugChannel();
+}
+
+void abandonDebugChannel()
+{
+    // A forked child keeps the event's mapping: closing it takes a lock that another thread of the
+    // parent may have held.
+    s_event = nullptr;
+    if (s_block)
+        ::munmap(s_block, DebugBlockSize);
+    s_block = nullptr;
+    if (s_socket >= 0)
+        ::close(s_socket);
+    s_socket = -1;
+}
+
+}

@@ -1,0 +1,42 @@
+#include "platform/console.h"
+
+#include <atomic>
+
+#include <windows.h>
+
+namespace Tools::Platform {
+
+namespace {
+
+std::atomic<void (*)()> s_handler{nullptr};
+
+BOOL WINAPI handleEvent(DWORD)
+{
+    if (const auto handler = s_handler.load())
+        handler();
+    return TRUE;
+}
+
+}
+
+bool writeStandardOutput(const char* text, std::size_t size)
+{
+    while (size > 0) {
+        DWORD count = 0;
+        if (!::WriteFile(::GetStdHandle(STD_OUTPUT_HANDLE), text, static_cast<DWORD>(size), &count,
+                         nullptr) ||
+            count == 0)
+            return false;
+        text += count;
+        size -= count;
+    }
+    return true;
+}
+
+void onEndRequest(void (*handler)())
+{
+    s_handler = handler;
+    ::SetConsoleCtrlHandler(handleEvent, TRUE);
+}
+
+}

@@ -1,0 +1,85 @@
+#include "platform/debug_channel.h"
+
+#include "platform/windows/debug_names.h"
+
+#include <windows.h>
+
+namespace Tools::Platform {
+
+namespace {
+
+HWND s_receiver = nullptr;
+UINT s_message = 0;
+DWORD s_process = 0;
+HANDLE s_mapping = nullptr;
+HANDLE s_event = nullptr;
+void* s_block = nullptr;
+
+void close(HANDLE& handle)
+{
+    if (handle)
+        ::CloseHandle(handle);
+    handle = nullptr;
+}
+
+}
+
+bool findDebugReceiver()
+{
+    s_receiver = ::FindWindowA(DebugWindowClass, nullptr);
+    return s_receiver != nullptr;
+}
+
+char* openDebugBlock()
+{
+    s_process = ::GetCurrentProcessId();
+    s_message = ::RegisterWindowMessageA(DebugMessageName);
+    s_mapping = ::CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0,
+                                     DebugBlockSize, debugBlockName(s_process).c_str());
+    if (s_mapping)
+        s_block = ::MapViewOfFile(s_mapping, FILE_MAP_WRITE, 0, 0, DebugBlockSize);
+
+    const std::string eventName = debugEventName(s_process);
+    s_event = ::CreateEventA(nullptr, FALSE, TRUE, eventName.c_str());
+    if (!s_event)
+        s_event = ::OpenEventA(SYNCHRONIZE | EVENT_MODIFY_STATE, FALSE, eventName.c_str());
+    return s_event ? static_cast<char*>(s_block) : nullptr;
+}
+
+void takeDebugBlock()
+{
+    ::WaitForSingleObject(s_event, INFINITE);
+}
+
+void releaseDebugBlock()
+{
+    ::SetEvent(s_event);
+}
+
+bool deliverDebugBlock()
+{
+    ::SetLastError(ERROR_SUCCESS);
+    const LRESULT result = ::SendMessageA(s_receiver, s_message, 0, static_cast<LPARAM>(s_process));
+    // The receiver's answer may be 0, too, and its handler may leave any error behind.
+    return result != 0 || ::GetLastError() != ERROR_INVALID_WINDOW_HANDLE || ::IsWindow(s_receiver);
+}
+
+// The names end with the handles.
+void removeDebugNames() {}
+
+void closeDebugChannel()
+{
+    if (s_block)
+        ::UnmapViewOfFile(s_block);
+    s_block = nullptr;
+    close(s_mapping);
+    close(s_event);
+    s_receiver = nullptr;
+}
+
+void abandonDebugChannel()
+{
+    closeDebugChannel();
+}
+
+}
