@@ -4,6 +4,7 @@
 
 #include <mdtools/application_registry.h>
 #include <mdtools/build_number.h>
+#include <mdtools/clock.h>
 #include <mdtools/command.h>
 #include <mdtools/command_list.h>
 #include <mdtools/constants.h>
@@ -20,12 +21,14 @@
 #include <mdtools/folders.h>
 #include <mdtools/geometry.h>
 #include <mdtools/language.h>
+#include <mdtools/logger.h>
 #include <mdtools/mdml_constants.h>
 #include <mdtools/nullable.h>
 #include <mdtools/number_format.h>
 #include <mdtools/observer.h>
 #include <mdtools/path.h>
 #include <mdtools/platform_types.h>
+#include <mdtools/recorder.h>
 #include <mdtools/registry.h>
 #include <mdtools/selection.h>
 #include <mdtools/strings.h>

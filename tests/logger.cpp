@@ -1,0 +1,356 @@
+#include <mdtools/logger.h>
+
+#include <mdtools/clock.h>
+#include <mdtools/file.h>
+
+#include "diagnostics/debug_sender.h"
+#include "platform/file_blocks.h"
+#include "support/child_process.h"
+#include "support/process_probe.h"
+#include "support/test_environment.h"
+#include "support/test_receiver.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace MdToolsTest;
+using namespace Tools;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+using Texts = std::vector<std::string>;
+
+std::string logPath(const std::string& name)
+{
+    return workDirectory() + "/" + name;
+}
+
+std::string readBytes(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+Texts readLines(const std::string& path)
+{
+    std::ifstream file(path);
+    Texts lines;
+    for (std::string line; std::getline(file, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+// What the run-time's text mode makes of `text`.
+std::string inTextMode(const std::string& text)
+{
+    const std::string path = logPath("text-mode");
+    std::ofstream(path) << text;
+    return readBytes(path);
+}
+
+TEST(FileLogger, goesThroughItsLife)
+{
+    const std::string path = logPath("life.log");
+    FileLogger logger(path);
+    logger.writeLine("nothing is open yet");
+    logger.initialize(logPath("other.log"));
+    logger.writeLine("it has a path already");
+    EXPECT_FALSE(File::exists(path));
+    EXPECT_FALSE(File::exists(logPath("other.log")));
+
+    logger.initialize();
+    logger.writeLine("one");
+    EXPECT_EQ(readBytes(path), inTextMode("one\n"));
+    logger.release();
+    logger.release();
+    logger.writeLine("lost");
+    EXPECT_EQ(readBytes(path), inTextMode("one\n"));
+
+    logger.initialize();
+    logger.writeLine("fresh");
+    logger.initialize();
+    logger.writeLine("fresh again");
+    EXPECT_EQ(readBytes(path), inTextMode("fresh again\n"));
+
+    FileLogger second("");
+    second.initialize(path);
+    second.writeLine("behind");
+    logger.writeLine("between");
+    second.initialize(logPath("other.log"));
+    second.writeLine("");
+    EXPECT_EQ(readBytes(path), inTextMode("fresh again\nbehind\nbetween\n\n"));
+}
+
+TEST(FileLogger, writesEveryLineAsText)
+{
+    const Texts lines = {"",
+                         "two\nlines",
+                         "\r\n\n",
+                         std::string("a\0b", 3),
+                         "\xE4\xF6\xFC",
+                         std::string(1023, 'x'),
+                         std::string(1024, 'y'),
+                         std::string(300000, 'z')};
+    const std::string path = logPath("text.log");
+    FileLogger logger(path);
+    logger.initialize();
+    std::string expected;
+    for (const std::string& line : lines) {
+        logger.writeLine(line);
+        expected += line + "\n";
+    }
+    EXPECT_EQ(readBytes(path), inTextMode(expected));
+}
+
+TEST(FileLogger, staysSilentWhereItCannotWrite)
+{
+    const Platform::AppendedFile held(logPath("held.log"));
+    ASSERT_TRUE(held.valid());
+    const Texts paths = {"", workDirectory(), logPath("missing/x.log"), logPath("held.log"),
+                         "/dev/full"};
+    for (const std::string& path : paths) {
+        SCOPED_TRACE(path);
+        FileLogger logger("");
+        logger.initialize(path);
+        logger.writeLine("nowhere");
+    }
+    EXPECT_EQ(readBytes(logPath("held.log")), "");
+}
+
+// A child that lives on does not keep the file from being removed.
+TEST(FileLogger, isNotInherited)
+{
+    const std::string path = logPath("own.log");
+    FileLogger logger(path);
+    logger.initialize();
+    Child child(builtProgram("log_client"), {"sleep", "60", ""});
+    ASSERT_TRUE(child.started());
+    logger.release();
+    EXPECT_TRUE(File::remove(path));
+    child.kill();
+}
+
+std::string clientLine(const std::string& tag, int number)
+{
+    return tag + " " + std::to_string(number) + " " + std::string(100, tag[0]);
+}
+
+TEST(FileLogger, sharesAFileWithOtherPrograms)
+{
+    if (!appendsInOneStep())
+        GTEST_SKIP() << "Wine does not append in one step";
+    constexpr int Count = 300;
+    const std::string path = logPath("shared.log");
+    std::vector<std::unique_ptr<Child>> children;
+    for (const char* tag : {"a", "b", "c"})
+        children.push_back(std::make_unique<Child>(builtProgram("log_client"),
+                                                   Texts{tag, path, std::to_string(Count)}));
+    for (const auto& child : children)
+        EXPECT_EQ(child->wait().exitCode, 0);
+
+    std::map<char, int> next;
+    for (const std::string& line : readLines(path)) {
+        ASSERT_FALSE(line.empty());
+        const std::string tag(1, line[0]);
+        ASSERT_EQ(line, clientLine(tag, next[line[0]]++));
+    }
+    for (const char tag : {'a', 'b', 'c'})
+        EXPECT_EQ(next[tag], Count);
+}
+
+TEST(FileLogger, losesNothingToAKill)
+{
+    const std::string path = logPath("killed.log");
+    Child child(builtProgram("log_client"), {"k", path, "100000000"});
+    while (child.started() && readLines(path).size() < 100)
+        std::this_thread::yield();
+    child.kill();
+    EXPECT_NE(child.wait().exitCode, 0);
+    const std::string bytes = readBytes(path);
+    ASSERT_FALSE(bytes.empty());
+    EXPECT_EQ(bytes.back(), '\n');
+    int number = 0;
+    for (const std::string& line : readLines(path))
+        ASSERT_EQ(line, clientLine("k", number++));
+}
+
+// Notes what it is told, together with its name, in a common list.
+class FakeLogger : public Logger {
+public:
+    FakeLogger(std::string name, Texts& notes) : m_name(std::move(name)), m_notes(notes) {}
+    void release() override { m_notes.push_back(m_name + " released"); }
+    void writeLine(const std::string& line) override { m_notes.push_back(m_name + ": " + line); }
+
+private:
+    std::string m_name;
+    Texts& m_notes;
+};
+
+TEST(LoggerManager, fansLinesOut)
+{
+    Texts notes;
+    const auto a = std::make_shared<FakeLogger>("a", notes);
+    const auto b = std::make_shared<FakeLogger>("b", notes);
+    const auto stranger = std::make_shared<FakeLogger>("stranger", notes);
+    LoggerManager& manager = LoggerManager::get();
+    for (const auto& logger : {b, a, b})
+        manager.add(logger);
+    manager.add(nullptr);
+    manager.remove(stranger);
+    manager.remove(nullptr);
+    manager.writeLine("x");
+    manager.remove(b);
+    manager.add(b);
+    manager.writeLine("y");
+    EXPECT_THAT(notes, ElementsAre("b: x", "a: x", "a: y", "b: y"));
+    EXPECT_EQ(b.use_count(), 2);
+
+    notes.clear();
+    manager.release();
+    manager.release();
+    manager.writeLine("nobody listens");
+    EXPECT_THAT(notes, ElementsAre("a released", "b released"));
+    EXPECT_EQ(b.use_count(), 1);
+}
+
+TEST(LoggerManager, formats)
+{
+    Texts notes;
+    LoggerManager& manager = LoggerManager::get();
+    manager.add(std::make_shared<FakeLogger>("a", notes));
+    const std::string longText(100000, 'x');
+    const char* none = nullptr;
+    manager.writeFormatedLine("%s", "");
+    manager.writeFormatedLine("%d of %s", 1, "two");
+    manager.writeFormatedLine("%s", longText.c_str());
+    manager.writeFormatedLine("before%cbehind", '\0');
+    manager.writeFormatedLine(none);
+    manager.release();
+    EXPECT_THAT(notes,
+                ElementsAre("a: ", "a: 1 of two", "a: " + longText, "a: before", "a released"));
+}
+
+// Leaves the manager as soon as it is called.
+class LeavingLogger : public FakeLogger {
+public:
+    using FakeLogger::FakeLogger;
+    void writeLine(const std::string& line) override
+    {
+        FakeLogger::writeLine(line);
+        LoggerManager::get().remove(self.lock());
+    }
+    std::weak_ptr<Logger> self;
+};
+
+TEST(LoggerManager, letsASinkLeave)
+{
+    Texts notes;
+    LoggerManager& manager = LoggerManager::get();
+    {
+        const auto leaving = std::make_shared<LeavingLogger>("leaving", notes);
+        leaving->self = leaving;
+        manager.add(leaving);
+    }
+    manager.writeLine("x");
+    manager.writeLine("y");
+    manager.release();
+    EXPECT_THAT(notes, ElementsAre("leaving: x"));
+}
+
+// Destructors of static objects log as well.
+TEST(LoggerManager, worksToTheEndOfTheProcess)
+{
+    const std::string path = logPath("late.log");
+    EXPECT_EQ(runChild(builtProgram("log_client"), {"late", path, "1"}).exitCode, 0);
+    EXPECT_THAT(readLines(path), ElementsAre(clientLine("late", 0), "late, by the manager",
+                                             "late, by the sink", "sink released"));
+}
+
+TEST(LoggerNotifier, passesLinesOn)
+{
+    Texts notes;
+    FakeLogger a("a", notes);
+    FakeLogger b("b", notes);
+    FakeLogger stranger("stranger", notes);
+    LoggerNotifier notifier;
+    for (Logger* logger : {&b, &a, &b})
+        notifier.attach(logger);
+    notifier.attach(nullptr);
+    notifier.detach(nullptr);
+    notifier.detach(&stranger);
+    LoggerNotifier copy = notifier;
+    notifier.detach(&b);
+    const char* none = nullptr;
+    notifier.notifyWriteLine(none);
+    notifier.notifyWriteLine("x");
+    copy.notifyWriteLine(std::string("y"));
+    const LoggerNotifier moved = std::move(copy);
+    moved.notifyWriteLine("");
+    EXPECT_THAT(notes, ElementsAre("a: x", "b: y", "a: y", "b: ", "a: "));
+}
+
+// The number in the second of three pieces; -1 if the pieces are not as they should be.
+long reportedTime(const Texts& pieces, const std::string& text)
+{
+    const std::string rule = std::string(79, '*') + "\n";
+    const std::string head = text + ", ";
+    if (pieces.size() != 3 || pieces[0] != rule || pieces[2] != rule ||
+        pieces[1].compare(0, head.size(), head) != 0)
+        return -1;
+    return std::atol(pieces[1].c_str() + head.size());
+}
+
+const auto s_begin = std::chrono::steady_clock::now();
+
+long millisecondsSince(std::chrono::steady_clock::time_point begin)
+{
+    const auto passed = std::chrono::steady_clock::now() - begin;
+    return static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(passed).count());
+}
+
+Texts report(const std::string& text)
+{
+    const TestReceiver receiver;
+    DebugSender::restart();
+    Clock::outputDebug(text);
+    DebugSender::end();
+    Texts texts;
+    for (const Piece& piece : receiver.pieces())
+        texts.push_back(piece.text);
+    return texts;
+}
+
+TEST(Clock, reportsMilliseconds)
+{
+    EXPECT_THAT(report("silent"), IsEmpty());
+    Clock::setActive(true);
+    // Since the process started, which was not long before this program began.
+    const long begun = millisecondsSince(s_begin);
+    const long whole = reportedTime(report("100% sure"), "100% sure");
+    EXPECT_GE(whole, begun);
+    EXPECT_LE(whole, millisecondsSince(s_begin) + 60000);
+
+    const auto start = std::chrono::steady_clock::now();
+    Clock::init();
+    const long first = reportedTime(report("load"), "load");
+    const long second = reportedTime(report("load"), "load");
+    EXPECT_GE(first, 0);
+    EXPECT_GE(second, first);
+    EXPECT_LE(second, millisecondsSince(start) + 1);
+    Clock::setActive(false);
+    EXPECT_THAT(report("silent"), IsEmpty());
+}
+
+}
