@@ -32,8 +32,8 @@
 #include <mdtools/registry.h>
 #include <mdtools/selection.h>
 #include <mdtools/strings.h>
+#include <mdtools/system.h>
+#include <mdtools/threads.h>
 #include <mdtools/version_info.h>
 #include <mdtools/version_number.h>
 #include <mdtools/version_text.h>
-#include <mdtools/system.h>
-#include <mdtools/threads.h>
