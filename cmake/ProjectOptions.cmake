@@ -66,10 +66,11 @@ function(mdtools_configure_library objects library)
         target_compile_options(${objects} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
     endif()
     target_compile_features(${objects} PUBLIC cxx_std_20)
-    # A unique symbol, as GCC makes them of the standard library's templates, would keep the library
-    # in memory for good once it is loaded.
-    target_compile_options(${objects} PRIVATE
-        $<$<AND:$<CXX_COMPILER_ID:GNU>,$<NOT:$<BOOL:${WIN32}>>>:-fno-gnu-unique>)
+    if(NOT MSVC)
+        # The library's calls of its own functions are not to be replaced from outside; so they may be
+        # inlined, exported or not.
+        target_compile_options(${objects} PRIVATE -fno-semantic-interposition)
+    endif()
     target_link_libraries(${objects} PRIVATE mdtools_warnings ${MDTOOLS_SYSTEM_LIBRARIES})
     target_include_directories(${library}
         INTERFACE "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>"

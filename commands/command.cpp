@@ -2,7 +2,7 @@
 
 #include <mdtools/command_list.h>
 
-#include "commands/command_run.h"
+#include "commands/command_list_state.h"
 
 #include <typeinfo>
 
@@ -100,29 +100,32 @@ bool GroupCommand::hasCommands() const
 
 void GroupCommand::activate()
 {
-    runNested(*m_commands, &CommandList::stepForward, &Command::activate);
+    runAll(Direction::Forward);
 }
 
 void GroupCommand::reverse()
 {
-    runNested(*m_commands, &CommandList::stepBack, &Command::reverse);
+    runAll(Direction::Back);
 }
 
 // Inner groups are entered here instead of being called, so that their depth costs no stack. Those
 // of a derived class are called: they may do more.
-void GroupCommand::runNested(CommandList& commands, Command* (CommandList::*step)(),
-                             void (Command::*run)())
+void GroupCommand::runAll(Direction direction)
 {
-    const CommandRun scope;
-    std::vector<CommandList*> lists = {&commands};
-    while (!lists.empty()) {
-        Command* const command = (lists.back()->*step)();
+    const bool back = direction == Direction::Back;
+    std::vector<CommandListState::Run> runs;
+    runs.emplace_back(*m_commands->m_state);
+    while (!runs.empty()) {
+        CommandListState& state = runs.back().state();
+        Command* const command = back ? state.stepBack() : state.stepForward();
         if (command == nullptr)
-            lists.pop_back();
+            runs.pop_back();
         else if (command->m_mayBeGroup && typeid(*command) == typeid(GroupCommand))
-            lists.push_back(static_cast<GroupCommand*>(command)->m_commands.get());
+            runs.emplace_back(*static_cast<GroupCommand*>(command)->m_commands->m_state);
+        else if (back)
+            command->reverse();
         else
-            (command->*run)();
+            command->activate();
     }
 }
 

@@ -1,27 +1,14 @@
 #include <mdtools/command_list.h>
 
-#include "commands/command_run.h"
-
-#include <utility>
+#include "commands/command_list_state.h"
 
 namespace Tools {
 
-struct CommandList::State {
-    // Where the next undo and the next redo start.
-    int undoPosition = -1;
-    int redoPosition = 0;
-    std::vector<Command*> commands;
-    DataChangedManager handlers;
-
-    int size() const { return static_cast<int>(commands.size()); }
-    Command* at(int index) const { return commands[static_cast<std::size_t>(index)]; }
-};
-
-CommandList::CommandList() : m_state(std::make_unique<State>()) {}
+CommandList::CommandList() : m_state(new CommandListState) {}
 
 CommandList::~CommandList()
 {
-    reset();
+    m_state->abandon();
 }
 
 void CommandList::add(Command* command)
@@ -39,7 +26,7 @@ void CommandList::add(std::unique_ptr<Command> command)
     command.release();
     m_state->undoPosition = m_state->size() - 1;
     m_state->redoPosition = m_state->size();
-    CommandRun::destroy(undone);
+    m_state->destroy(undone);
     m_state->handlers.invokeDataChanged(nullptr);
 }
 
@@ -54,20 +41,29 @@ void CommandList::addGroup(std::unique_ptr<GroupCommand> group)
         add(std::move(group));
 }
 
+// Not by way of the description: copying it costs more than the step.
 bool CommandList::undo()
 {
-    return undoWithDescription().hasValue();
+    const CommandListState::Run run(*m_state);
+    Command* const command = m_state->stepBack();
+    if (command != nullptr)
+        command->reverse();
+    return command != nullptr;
 }
 
 bool CommandList::redo()
 {
-    return redoWithDescription().hasValue();
+    const CommandListState::Run run(*m_state);
+    Command* const command = m_state->stepForward();
+    if (command != nullptr)
+        command->activate();
+    return command != nullptr;
 }
 
 mdt::Nullable<std::string> CommandList::undoWithDescription()
 {
-    const CommandRun scope;
-    Command* const command = stepBack();
+    const CommandListState::Run run(*m_state);
+    Command* const command = m_state->stepBack();
     if (command == nullptr)
         return {};
     command->reverse();
@@ -76,34 +72,12 @@ mdt::Nullable<std::string> CommandList::undoWithDescription()
 
 mdt::Nullable<std::string> CommandList::redoWithDescription()
 {
-    const CommandRun scope;
-    Command* const command = stepForward();
+    const CommandListState::Run run(*m_state);
+    Command* const command = m_state->stepForward();
     if (command == nullptr)
         return {};
     command->activate();
     return command->getDescription();
-}
-
-Command* CommandList::stepBack()
-{
-    while (m_state->undoPosition >= 0) {
-        m_state->redoPosition = m_state->undoPosition--;
-        Command* const command = m_state->at(m_state->redoPosition);
-        if (command == nullptr || command->isReversible())
-            return command;
-    }
-    return nullptr;
-}
-
-Command* CommandList::stepForward()
-{
-    while (m_state->redoPosition < m_state->size()) {
-        m_state->undoPosition = m_state->redoPosition++;
-        Command* const command = m_state->at(m_state->undoPosition);
-        if (command == nullptr || command->isReversible())
-            return command;
-    }
-    return nullptr;
 }
 
 std::vector<std::string> CommandList::getUndoDescriptions() const
@@ -149,20 +123,13 @@ int CommandList::getNumberOfCommands() const
 
 void CommandList::reset()
 {
-    CommandRun::destroy(release());
+    m_state->clear();
 }
 
 void CommandList::removeAll()
 {
     reset();
     m_state->handlers.invokeDataChanged(nullptr);
-}
-
-std::vector<Command*> CommandList::release()
-{
-    m_state->undoPosition = -1;
-    m_state->redoPosition = 0;
-    return std::exchange(m_state->commands, {});
 }
 
 void CommandList::addDataChangedHandler(DataChangedHandler* handler)

@@ -62,19 +62,29 @@ void DataChangedManager::removeDataChangedHandler(DataChangedHandler* handler)
 
 void DataChangedManager::invokeDataChanged(const DataChangedArgument* argument)
 {
-    std::uint64_t changes = m_changes;
-    for (std::size_t i = 0; i < m_handlers.size();) {
-        DataChangedHandler* const handler = m_handlers[i];
+    const std::uint64_t changes = m_changes;
+    DataChangedHandler* const* const end = m_handlers.data() + m_handlers.size();
+    for (DataChangedHandler* const* place = m_handlers.data(); place != end; ++place) {
+        DataChangedHandler* const handler = *place;
         handler->dataChanged(argument);
-        if (m_changes == changes) {
-            ++i;
-            continue;
+        if (m_changes != changes) {
+            invokeBehind(handler, argument);
+            return;
         }
-        // The order by address tells who is next, whoever came and went.
-        changes = m_changes;
-        i = static_cast<std::size_t>(
-            std::upper_bound(m_handlers.begin(), m_handlers.end(), handler, std::less<>()) -
-            m_handlers.begin());
+    }
+}
+
+// The order by address tells who is next, whoever came and went.
+void DataChangedManager::invokeBehind(DataChangedHandler* handler,
+                                      const DataChangedArgument* argument)
+{
+    for (;;) {
+        const auto next =
+            std::upper_bound(m_handlers.begin(), m_handlers.end(), handler, std::less<>());
+        if (next == m_handlers.end())
+            return;
+        handler = *next;
+        handler->dataChanged(argument);
     }
 }
 

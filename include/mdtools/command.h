@@ -44,7 +44,7 @@ protected:
     Command& operator=(const Command&);
 
 private:
-    friend class CommandRun;
+    friend class CommandListState;
     friend class GroupCommand;
 
     bool m_reversible = false;
@@ -104,10 +104,11 @@ public:
     void reverse() override;
 
 private:
-    friend class CommandRun;
+    friend class CommandListState;
 
-    static void runNested(CommandList& commands, Command* (CommandList::*step)(),
-                          void (Command::*run)());
+    // What the inner list is to do with all its commands.
+    enum class Direction { Back, Forward };
+    void runAll(Direction direction);
 
     std::unique_ptr<CommandList> m_commands;
 };

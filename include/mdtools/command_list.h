@@ -11,6 +11,8 @@
 
 namespace Tools {
 
+class CommandListState;
+
 // The commands that were carried out, oldest first, with the place that undo and redo have come to.
 // It owns its commands and tells its handlers when it gets new ones or loses all. It belongs to one
 // thread.
@@ -61,17 +63,10 @@ public:
     void removeDataChangedHandler(DataChangedHandler* handler);
 
 private:
-    friend class CommandRun;
     friend class GroupCommand;
+    friend class CommandListState;
 
-    // Gives all commands away; the list is as new.
-    std::vector<Command*> release();
-    // Move the place as undo and redo do; give the command to run, or null.
-    Command* stepBack();
-    Command* stepForward();
-
-    struct State;
-    std::unique_ptr<State> m_state;
+    CommandListState* m_state;
 };
 
 }

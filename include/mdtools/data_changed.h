@@ -69,6 +69,8 @@ public:
     void invokeDataChanged(const DataChangedArgument* argument);
 
 private:
+    void invokeBehind(DataChangedHandler* handler, const DataChangedArgument* argument);
+
     // In ascending order, without duplicates.
     std::vector<DataChangedHandler*> m_handlers;
     // Goes up with every change of the handlers.
