@@ -33,6 +33,7 @@
 #include <mdtools/selection.h>
 #include <mdtools/strings.h>
 #include <mdtools/system.h>
+#include <mdtools/table.h>
 #include <mdtools/threads.h>
 #include <mdtools/version_info.h>
 #include <mdtools/version_number.h>
