@@ -23,12 +23,14 @@
 #include <mdtools/language.h>
 #include <mdtools/logger.h>
 #include <mdtools/mdml_constants.h>
+#include <mdtools/message_window.h>
 #include <mdtools/nullable.h>
 #include <mdtools/number_format.h>
 #include <mdtools/observer.h>
 #include <mdtools/path.h>
 #include <mdtools/platform_types.h>
 #include <mdtools/recorder.h>
+#include <mdtools/progress.h>
 #include <mdtools/registry.h>
 #include <mdtools/selection.h>
 #include <mdtools/strings.h>
