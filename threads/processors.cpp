@@ -1,5 +1,7 @@
 #include "threads/processors.h"
 
+#include <mdtools/debug_output.h>
+
 #include <array>
 #include <bitset>
 #include <cstdio>
@@ -88,7 +90,10 @@ std::unique_ptr<unsigned char[]> ProcessorSource::allocate(std::uint32_t size) c
     return std::unique_ptr<unsigned char[]>(new (std::nothrow) unsigned char[size]);
 }
 
-void ProcessorSource::report(const char*) const {}
+void ProcessorSource::report(const char* text) const
+{
+    debugPrintf("%s", text);
+}
 
 CoreCount determineCoreCount(const ProcessorSource& source)
 {
