@@ -1,0 +1,128 @@
+#include "entries.h"
+
+#include "number_text.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Girder {
+
+namespace {
+
+using Tools::Smart::Type;
+
+std::string describe(Type type)
+{
+    switch (type) {
+    case Type::Text:
+        return "a quoted text";
+    case Type::Decimal:
+        return "a whole number";
+    case Type::Real:
+        return "a number";
+    case Type::Sequence:
+        return "a list in brackets";
+    default:
+        return "a record in parentheses";
+    }
+}
+
+}
+
+Entries::Entries(const Tools::Smart::Record& record, const std::string& path, Remarks& remarks)
+    : m_record(record), m_path(path), m_remarks(remarks)
+{}
+
+bool Entries::has(const std::string& name)
+{
+    m_known.push_back(name);
+    return m_record.exists(name);
+}
+
+bool Entries::isThere(const std::string& name, Type type)
+{
+    if (!has(name)) {
+        error(name, "is missing");
+        return false;
+    }
+    if (!m_record.exists(type, name)) {
+        error(name, "must be " + describe(type) + ", but is " + describe(m_record.typeOf(name)));
+        return false;
+    }
+    return true;
+}
+
+std::string Entries::text(const std::string& name)
+{
+    return isThere(name, Type::Text) ? m_record.getText(name) : "";
+}
+
+bool Entries::readNumber(const std::string& name, double& value)
+{
+    if (!isThere(name, Type::Real))
+        return false;
+    if (!std::isfinite(m_record.getReal(name))) {
+        error(name, "is too large a number");
+        return false;
+    }
+    value = m_record.getReal(name);
+    return true;
+}
+
+double Entries::number(const std::string& name)
+{
+    double value = 0.0;
+    readNumber(name, value);
+    return value;
+}
+
+double Entries::positive(const std::string& name)
+{
+    double value = 1.0;
+    if (!readNumber(name, value) || value > 0.0)
+        return value;
+    error(name, "must be greater than 0, but is " + toText(value));
+    return 1.0;
+}
+
+int Entries::wholeNumber(const std::string& name, int minimum, int maximum)
+{
+    if (!isThere(name, Type::Decimal))
+        return minimum;
+    const int value = m_record.getDecimal(name);
+    if (value >= minimum && value <= maximum)
+        return value;
+    error(name, "must be a whole number from " + std::to_string(minimum) + " to " +
+                    std::to_string(maximum) + ", but is " + std::to_string(value));
+    return minimum;
+}
+
+const Tools::Smart::Sequence* Entries::list(const std::string& name)
+{
+    return isThere(name, Type::Sequence) ? &m_record.getSequence(name) : nullptr;
+}
+
+void Entries::error(const std::string& name, const std::string& text)
+{
+    m_remarks.error(pathOf(name), text);
+}
+
+void Entries::reportUnknown()
+{
+    for (const auto& [name, type] : m_record) {
+        if (std::find(m_known.begin(), m_known.end(), name) == m_known.end())
+            error(name, "is no entry of a model");
+    }
+}
+
+std::string Entries::pathOf(const std::string& name) const
+{
+    return m_path.empty() ? name : m_path + "." + name;
+}
+
+std::string Entries::pathOf(const std::string& name, std::size_t index) const
+{
+    return pathOf(name) + "[" + std::to_string(index + 1) + "]";
+}
+
+}

@@ -1,0 +1,326 @@
+#include "girder/model_file.h"
+#include "girder/number_text.h"
+#include "girder/program.h"
+#include "girder/record_text.h"
+#include "support/child_process.h"
+#include "support/registry_cleanup.h"
+#include "support/test_environment.h"
+
+#include <mdtools/path.h>
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+namespace {
+
+using namespace Girder;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+std::string inWorkDirectory(const std::string& name)
+{
+    return Tools::Path::convert(MdToolsTest::workDirectory(), true) + "/" + name;
+}
+
+std::string write(const std::string& name, const std::string& text)
+{
+    const std::string file = inWorkDirectory(name);
+    std::ofstream(file, std::ios::binary) << text;
+    return file;
+}
+
+std::string read(const std::string& file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+struct RunResult {
+    Outcome outcome;
+    std::string output;
+    std::string errors;
+};
+
+RunResult runWith(const std::vector<std::string>& arguments)
+{
+    std::ostringstream output, errors;
+    const Outcome outcome = run(arguments, output, errors);
+    return {outcome, output.str(), errors.str()};
+}
+
+class GirderProgram : public ::testing::Test {
+protected:
+    ~GirderProgram() override { MdToolsTest::removeUserKey("SOFTWARE\\MERODA\\Girder"); }
+};
+
+const std::string twoSpans =
+    "(\n"
+    " title = \"Two\\\\ \\\"spans\\\"\" # comment\n"
+    " spans = [\n"
+    "  ( length = 8 stiffness = 2.1e4 load = 12.0 )\n"
+    "  ( length = 8.0 stiffness = 21000 load = 12\n"
+    "    pointLoads = [ ( position = 2.5 force = -1e1 ) ] ) ]\n"
+    " supports = [ (kind=\"hinged\") (kind=\"interior\") (kind=\"fixed\") ]\n"
+    ")\n";
+
+std::string replaced(const std::string& from, const std::string& to)
+{
+    std::string text = twoSpans;
+    const std::size_t place = text.find(from);
+    EXPECT_NE(place, std::string::npos) << from;
+    return text.replace(place, from.size(), to);
+}
+
+TEST(GirderModel, reads)
+{
+    Remarks remarks("two");
+    const Model model = readModel(write("two", twoSpans), remarks);
+    EXPECT_THAT(remarks.lines(), IsEmpty());
+    EXPECT_EQ(model.title, "Two\\ \"spans\"");
+    EXPECT_EQ(model.stations, 0);
+    EXPECT_THAT(model.supports, ElementsAre(Support::Hinged, Support::Interior, Support::Fixed));
+    ASSERT_EQ(model.spans.size(), 2U);
+    EXPECT_EQ(model.spans[0].length, 8.0);
+    EXPECT_EQ(model.spans[1].stiffness, 21000.0);
+    ASSERT_EQ(model.spans[1].loads.points.size(), 1U);
+    EXPECT_EQ(model.spans[1].loads.points[0].position, 2.5);
+    EXPECT_EQ(model.spans[1].loads.points[0].force, -10.0);
+}
+
+// Each fault gives one line, which names the entry.
+TEST(GirderModel, faults)
+{
+    struct Case {
+        const char *from, *to, *remark;
+    };
+    static const Case cases[] = {
+        // Entries.
+        {"title = ", "name = ", "title: is missing"},
+        {"length = 8.0", "", "spans[2].length: is missing"},
+        {"length = 8.0", "length = -8.0", "spans[2].length: must be greater than 0, but is -8"},
+        {"length = 8.0", "length = 1e999", "spans[2].length: is too large a number"},
+        {"length = 8.0", "length = ( )", "spans[2].length: must be a number, but is a record"},
+        {"stiffness = 2.1e4", "stiffness = 0", "spans[1].stiffness: must be greater than 0"},
+        {"load = 12\n", "load = [ ]", "spans[2].load: must be a number, but is a list"},
+        {"force = -1e1", "", "spans[2].pointLoads[1].force: is missing"},
+        {"position = 2.5", "position = 8.1",
+         "spans[2].pointLoads[1].position: must lie within the span, from 0 to 8, but is 8.1"},
+        {"[ ( position = 2.5 force = -1e1 ) ]", "5",
+         "spans[2].pointLoads: must be a list in brackets"},
+        {"(kind=\"fixed\")", "", "supports"},
+        {"\"fixed\"", "\"interior\"",
+         "supports[3].kind: must be \"hinged\" or \"fixed\" at an end"},
+        {"\"interior\"", "\"hinged\"", "supports[2].kind: must be \"interior\""},
+        {"\"interior\"", "7", "supports[2].kind: must be a quoted text, but is a whole number"},
+        {"\"Two", "7 #", "title: must be a quoted text, but is a whole number"},
+        {" title", " stations = 0 title",
+         "stations: must be a whole number from 1 to 1000, but is 0"},
+        {" title", " stations = 9.5 title", "stations: must be a whole number, but is a number"},
+        {"load = 12.0", "load = 12.0 laod = 1", "spans[1].laod: is no entry of a model"},
+        // The text itself: every way for it to be no record, with the line.
+        {"length = 8.0", "length = 8m",
+         "spans[2].length: line 5: expected a value, but found \"8m\""},
+        {"length = 8.0", "length 8.0",
+         "spans[2].length: line 5: expected \"=\", but found \"8.0\""},
+        {"length = 8.0", "length = x",
+         "spans[2].length: line 5: expected a value, but found \"x\""},
+        {"length = 8.0", "7", "spans[2]: line 5: expected the name of an entry or \")\""},
+        {"( length = 8.0", "length = 8.0", "spans[2]: line 5: expected \"(\" or \"]\""},
+        {"(\n", "[\n", "line 1: expected \"(\", but found \"[\""},
+        {"\n)\n", "\n",
+         "supports: line 8: expected the name of an entry or \")\", but found the end"},
+        {"\n)\n", "\n) # end\n x", "line 9: expected nothing more"},
+        {"\n)\n", "\n) 1x", "expected nothing more"},
+        {"\"fixed\"", "\"fixed",
+         "supports[3].kind: line 7: expected a value, but found a quoted text"},
+        {"(kind=\"fixed\") ]\n", "(kind=\"fixed\")\n",
+         "supports[4]: line 8: expected \"(\" or \"]\", but found \")\""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.from + std::string(" -> ") + c.to);
+        Remarks remarks("bad");
+        readModel(write("bad", replaced(c.from, c.to)), remarks);
+        ASSERT_FALSE(remarks.lines().empty());
+        EXPECT_THAT(remarks.lines().front(), HasSubstr(c.remark));
+        EXPECT_THAT(remarks.lines().front(), StartsWith("bad: "));
+    }
+}
+
+TEST(GirderModel, hostileTexts)
+{
+    std::string nested = "(a=", opened = "(a=[";
+    for (int i = 0; i < 200000; ++i) {
+        nested += "(a=";
+        opened += "(a=[";
+    }
+    for (const std::string& text :
+         {std::string(), std::string(3, '\0'), nested, opened, "(" + std::string(1000000, 'x'),
+          "(title = \"" + std::string(1000000, '\\')}) {
+        Remarks remarks("hostile");
+        readModel(write("hostile", text), remarks);
+        ASSERT_EQ(remarks.lines().size(), 1U);
+        EXPECT_LT(remarks.lines().front().size(), 300U);
+    }
+    Remarks remarks("none");
+    readModel(MdToolsTest::workDirectory(), remarks);
+    readModel(inWorkDirectory("none"), remarks);
+    EXPECT_THAT(remarks.lines(), ElementsAre("none: cannot be read", "none: cannot be read"));
+}
+
+TEST_F(GirderProgram, computesAndStoresTheResult)
+{
+    const std::string model = write("two.girder", twoSpans);
+    const RunResult computed = runWith({model, "--result", inWorkDirectory("out")});
+    EXPECT_EQ(computed.outcome, Outcome::Done);
+    EXPECT_EQ(computed.errors, "");
+    EXPECT_THAT(computed.output, StartsWith("Two\\ \"spans\"\n"));
+    EXPECT_THAT(computed.output, HasSubstr("Results: " + inWorkDirectory("out")));
+
+    Tools::Smart::Record record;
+    Remarks remarks("out");
+    ASSERT_TRUE(readRecord(read(inWorkDirectory("out")), record, remarks));
+    EXPECT_EQ(record.getText("title"), "Two\\ \"spans\"");
+    ASSERT_EQ(record.getSequence("supports").size(), 3U);
+    ASSERT_EQ(record.getSequence("spans").size(), 2U);
+    const Tools::Smart::Sequence& stations = record.getSequence("spans")[1].getSequence("stations");
+    ASSERT_EQ(stations.size(), 11U);
+    EXPECT_EQ(stations[10].getReal("x"), 8.0);
+    EXPECT_NEAR(stations[10].getReal("moment"), record.getSequence("supports")[2].getReal("moment"),
+                1e-9);
+
+    // Without a model the last one is computed again; its result stands beside it.
+    const RunResult again = runWith({});
+    EXPECT_EQ(again.outcome, Outcome::Done);
+    EXPECT_EQ(read(model + ".result"), read(inWorkDirectory("out")));
+}
+
+TEST_F(GirderProgram, listing)
+{
+    const std::string model =
+        write("simple.girder", "( title = \"Beam\" stations = 2\n"
+                               " spans = [ ( length = 8 stiffness = 64000 load = 12.5 ) ]\n"
+                               " supports = [ ( kind = \"hinged\" ) ( kind = \"hinged\" ) ] )");
+    const RunResult computed = runWith({model, "--result", inWorkDirectory("out")});
+    EXPECT_THAT(computed.output, StartsWith("Beam\n\n"
+                                            "  Support   x [m]  reaction [kN]  moment [kNm]\n"
+                                            "  1 hinged  0.000         50.000         0.000\n"
+                                            "  2 hinged  8.000         50.000         0.000\n\n"
+                                            "  Span 1  x [m]  M [kNm]   V [kN]  w [mm]\n"
+                                            "          0.000    0.000   50.000   0.000\n"
+                                            "          4.000  100.000    0.000  10.417\n"
+                                            "          8.000    0.000  -50.000   0.000\n\n"
+                                            "  Extremes       value  span  x [m]\n"
+                                            "  max M [kNm]  100.000     1  4.000\n"
+                                            "  min M [kNm]    0.000     1  0.000\n"
+                                            "  max V [kN]    50.000     1  0.000\n"
+                                            "  min V [kN]   -50.000     1  8.000\n"
+                                            "  max w [mm]    10.417     1  4.000\n"
+                                            "  min w [mm]     0.000     1  0.000\n"));
+}
+
+TEST_F(GirderProgram, failures)
+{
+    const std::string good = write("good", twoSpans);
+    const std::string huge = write("huge", replaced("load = 12.0", "load = 1e308"));
+    const std::string bad = write("bad", replaced("length = 8.0", "length = -8"));
+    struct Case {
+        std::vector<std::string> arguments;
+        Outcome outcome;
+        std::string error;
+    };
+    const Case cases[] = {
+        {{bad}, Outcome::Failed, bad + ": spans[2].length: must be greater than 0, but is -8\n"},
+        {{huge}, Outcome::Failed, huge + ": some number is too large or too small"},
+        {{inWorkDirectory("absent")},
+         Outcome::Failed,
+         inWorkDirectory("absent") + ": cannot be read\n"},
+        {{good, "--result", inWorkDirectory("no/where")},
+         Outcome::Failed,
+         inWorkDirectory("no/where") + ": cannot be written\n"},
+        {{good, good}, Outcome::WrongUsage, "girder: one model at a time\nusage: "},
+        {{good, "--result"}, Outcome::WrongUsage, "girder: \"--result\" needs a file\nusage: "},
+        {{"--colour"}, Outcome::WrongUsage, "girder: there is no option \"--colour\"\nusage: "},
+        {{"settings", "all"}, Outcome::WrongUsage, "girder: \"settings\" takes no arguments\n"},
+        {{"set", "Decimals"}, Outcome::WrongUsage, "girder: \"set\" takes a name and a value\n"},
+        {{"set", "Decimals", "3x"},
+         Outcome::WrongUsage,
+         "girder: Decimals must be a whole number from 0 to 9, but is \"3x\"\n"},
+        {{"set", "Colour", "3"}, Outcome::WrongUsage, "girder: there is no setting \"Colour\"\n"},
+        {{"set", "NumberStyle", "bold"},
+         Outcome::WrongUsage,
+         "girder: NumberStyle must be one of fixed, scientific, general, engineering, "},
+        {{"set", "Trace", "1"}, Outcome::WrongUsage, "girder: Trace must be \"on\" or \"off\""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.error);
+        const RunResult failed = runWith(c.arguments);
+        EXPECT_EQ(failed.outcome, c.outcome);
+        EXPECT_THAT(failed.errors, StartsWith(c.error));
+    }
+}
+
+TEST_F(GirderProgram, settings)
+{
+    EXPECT_EQ(runWith({"set", "stationsPerSpan", "4"}).outcome, Outcome::Done);
+    EXPECT_EQ(runWith({"set", "Decimals", "1"}).outcome, Outcome::Done);
+    EXPECT_EQ(runWith({"set", "LastModel", "x.girder"}).outcome, Outcome::Done);
+    EXPECT_EQ(runWith({"set", "NumberStyle", "Engineering"}).outcome, Outcome::Done);
+    const std::string settings = "Decimals = 1\nLastModel = x.girder\n"
+                                 "NumberStyle = engineering\nStationsPerSpan = 4\n";
+    EXPECT_THAT(runWith({"settings"}).output, StartsWith(settings));
+
+    EXPECT_EQ(runWith({"set", "Decimals", "10"}).outcome, Outcome::WrongUsage);
+    EXPECT_THAT(runWith({"settings"}).output, StartsWith(settings));
+
+    const RunResult computed =
+        runWith({write("two.girder", twoSpans), "--result", inWorkDirectory("out")});
+    EXPECT_THAT(computed.output, HasSubstr("\n          2.0E+00 "));
+    EXPECT_EQ(runWith({"set", "NumberStyle", "fixed"}).outcome, Outcome::Done);
+    EXPECT_EQ(runWith({"set", "StationsPerSpan", "10"}).outcome, Outcome::Done);
+    EXPECT_EQ(runWith({"set", "Decimals", "3"}).outcome, Outcome::Done);
+}
+
+TEST_F(GirderProgram, runsAsProcess)
+{
+    const std::string program = MdToolsTest::builtProgram("girder");
+    const std::string good = write("good", twoSpans);
+    const std::string bad = write("bad", replaced("length = 8.0", "length = 8m"));
+    const auto done = MdToolsTest::runChild(program, {good, "--result", inWorkDirectory("out")});
+    EXPECT_EQ(done.exitCode, 0);
+    EXPECT_EQ(done.output, runWith({good, "--result", inWorkDirectory("out")}).output);
+    EXPECT_EQ(done.errors, "");
+    const auto failed = MdToolsTest::runChild(program, {bad});
+    EXPECT_EQ(failed.exitCode, 1);
+    EXPECT_EQ(failed.output, "");
+    EXPECT_EQ(failed.errors,
+              bad + ": spans[2].length: line 5: expected a value, but found \"8m\"\n");
+    EXPECT_EQ(MdToolsTest::runChild(program, {"set"}).exitCode, 2);
+}
+
+TEST(GirderNumbers, texts)
+{
+    EXPECT_EQ(toText(-4.5), "-4.5");
+    struct Case {
+        double value;
+        const char *fixed, *scientific, *general, *engineering;
+    };
+    static const Case cases[] = {
+        {1234.56784, "1234.568", "1.235E+03", "1.23E+03", "1.235E+03"},
+        {-0.0004, "0.000", "-4.000E-04", "-0.0004", "-400.000E-06"},
+        {-0.0, "0.000", "0.000E+00", "0", "0.000E+00"},
+        {-5e-324, "0.000", "0.000E+00", "0", "0.000E+00"}, // no number of use
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(toListText(c.value, {NumberStyle::Fixed, 3}), c.fixed);
+        EXPECT_EQ(toListText(c.value, {NumberStyle::Scientific, 3}), c.scientific);
+        EXPECT_EQ(toListText(c.value, {NumberStyle::General, 3}), c.general);
+        EXPECT_EQ(toListText(c.value, {NumberStyle::Engineering, 3}), c.engineering);
+    }
+}
+
+}
