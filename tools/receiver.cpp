@@ -113,7 +113,10 @@ int main(int count, char** arguments)
         std::fputs("mdtools-receiver: cannot listen on this desktop\n", stderr);
         return 1;
     }
-    if (!options.raw)
+    if (!options.raw) {
+        // Scripts wait for this line, and some run-times hold it back when it goes to a file.
         std::fputs("mdtools-receiver: waiting for messages; Ctrl-C ends it\n", stderr);
+        std::fflush(stderr);
+    }
     return run(listener, options);
 }
