@@ -1,9 +1,11 @@
 #include <mdtools/system.h>
 #include <mdtools/threads.h>
 
+#include "diagnostics/debug_sender.h"
 #include "support/child_process.h"
 #include "support/module.h"
 #include "support/process_state.h"
+#include "support/test_receiver.h"
 #include "threads/processors.h"
 
 #include <gmock/gmock.h>
@@ -577,6 +579,27 @@ TEST(CoreCount, countsCoresNotHardwareThreads)
                     "Number of NUMA nodes: 1\n", "Number of physical processor packages: 2\n",
                     "Number of processor cores: 2\n", "Number of logical processors: 4\n",
                     "Number of processor L1/L2/L3 caches: 2/1/1\n"));
+}
+
+TEST(CoreCount, reportsTheMachineOnTheDebugChannel)
+{
+    using testing::StartsWith;
+    const MdToolsTest::TestReceiver receiver;
+    ASSERT_TRUE(receiver.running());
+    DebugSender::restart();
+    const CoreCount count = determineCoreCount(ProcessorSource());
+    DebugSender::end();
+    std::vector<std::string> pieces;
+    for (const auto& piece : receiver.pieces())
+        pieces.push_back(piece.text);
+    EXPECT_THAT(pieces,
+                ElementsAre("\n", " getCpuCount : GetLogicalProcessorInformation results:\n",
+                            StartsWith("Number of NUMA nodes: "),
+                            StartsWith("Number of physical processor packages: "),
+                            "Number of processor cores: " + std::to_string(count.cores) + '\n',
+                            StartsWith("Number of logical processors: "),
+                            StartsWith("Number of processor L1/L2/L3 caches: ")));
+    EXPECT_TRUE(count.isDetermined);
 }
 
 TEST(CoreCount, isThatOfTheMachineUnlessOverridden)
