@@ -58,7 +58,7 @@ public:
     // Take all commands out and delete them.
     void clear();
     // Deletes these, now or when nothing runs any more.
-    void destroy(const std::vector<Command*>& commands);
+    void destroy(const std::vector<Command*>& all);
     // The list is gone: deletes everything, itself included, now or when nothing runs any more.
     void abandon();
 
@@ -66,7 +66,7 @@ private:
     ~CommandListState() = default;
     void finish();
     std::vector<Command*> release();
-    static void destroyNow(std::vector<Command*> commands);
+    static void destroyNow(std::vector<Command*> all);
 
     int m_runs = 0;
     // There is something to do when nothing runs any more.

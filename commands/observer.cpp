@@ -32,7 +32,7 @@ void ObserverManager::addObserver(Observer* observer)
         return;
     std::unique_ptr<Observer> owner(observer);
     m_observers.push_back(observer);
-    owner.release();
+    static_cast<void>(owner.release());
 }
 
 void ObserverManager::removeObserver(Observer* observer)

@@ -17,11 +17,21 @@ TEST(Loading, aThousandTimes)
     for (int i = 0; i < 1000; ++i) {
         void* module = loadModule(libraryPath());
         ASSERT_NE(module, nullptr) << "round " << i;
-        ASSERT_NE(findFunction(module, "_Z13MdDebugPrintfPKcz"), nullptr);
+        const auto print = reinterpret_cast<void (*)(const char*, ...)>(
+            findFunction(module, "_Z13MdDebugPrintfPKcz"));
+        ASSERT_NE(print, nullptr);
+        print("round %d\n", i);
         freeModule(module);
     }
     EXPECT_EQ(countThreads(), threads);
     EXPECT_FALSE(isModuleLoaded(libraryPath()));
+}
+
+// The end of a program waits for nothing: neither for a thread that traces nor for the pool.
+TEST(Loading, endsWhileThreadsGoOn)
+{
+    for (int i = 0; i < 20; ++i)
+        ASSERT_EQ(runChild(builtProgram("test_tracing_program"), {}).exitCode, 7) << "run " << i;
 }
 
 }

@@ -208,7 +208,7 @@ public:
     void number(std::uint64_t value, int size)
     {
         for (int i = 0; i < size; ++i)
-            m_bytes += static_cast<char>(value >> (8 * i) & 0xFF);
+            m_bytes += i < 8 ? static_cast<char>(value >> (8 * i) & 0xFF) : '\0';
     }
     void pad(std::size_t multiple)
     {

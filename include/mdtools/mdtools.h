@@ -3,6 +3,7 @@
 // Everything at once.
 
 #include <mdtools/application_registry.h>
+#include <mdtools/argument_keeper.h>
 #include <mdtools/build_number.h>
 #include <mdtools/clock.h>
 #include <mdtools/command.h>
@@ -12,6 +13,7 @@
 #include <mdtools/debug_output.h>
 #include <mdtools/directory.h>
 #include <mdtools/displayer.h>
+#include <mdtools/dll_util.h>
 #include <mdtools/encoding.h>
 #include <mdtools/environment.h>
 #include <mdtools/error.h>
@@ -20,8 +22,10 @@
 #include <mdtools/filters.h>
 #include <mdtools/folders.h>
 #include <mdtools/geometry.h>
+#include <mdtools/guid_util.h>
 #include <mdtools/language.h>
 #include <mdtools/logger.h>
+#include <mdtools/mail_process.h>
 #include <mdtools/mdml_constants.h>
 #include <mdtools/message_window.h>
 #include <mdtools/nullable.h>
@@ -29,10 +33,14 @@
 #include <mdtools/observer.h>
 #include <mdtools/path.h>
 #include <mdtools/platform_types.h>
+#include <mdtools/process.h>
 #include <mdtools/recorder.h>
 #include <mdtools/progress.h>
 #include <mdtools/registry.h>
 #include <mdtools/selection.h>
+#include <mdtools/shell.h>
+#include <mdtools/smart_record.h>
+#include <mdtools/smart_token.h>
 #include <mdtools/strings.h>
 #include <mdtools/system.h>
 #include <mdtools/table.h>

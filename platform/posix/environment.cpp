@@ -1,7 +1,10 @@
 #include "platform/environment.h"
 
+#include "platform/posix/environment.h"
+
 #include <cstdlib>
 #include <mutex>
+#include <unistd.h>
 
 namespace Tools::Platform {
 
@@ -27,6 +30,16 @@ bool setVariable(const std::string& name, const std::string& value)
 {
     const std::lock_guard lock(guard());
     return ::setenv(name.c_str(), value.c_str(), 1) == 0;
+}
+
+std::vector<char*> copyEnvironment()
+{
+    const std::lock_guard lock(guard());
+    std::vector<char*> variables;
+    for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable)
+        variables.push_back(*variable);
+    variables.push_back(nullptr);
+    return variables;
 }
 
 }

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <mdtools/platform_types.h>
+
+namespace Tools::Platform {
+
+// A new identifier from the system.
+Guid createGuid();
+
+}

@@ -1,0 +1,126 @@
+#include "platform/posix/command_line.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Tools::Platform {
+
+namespace {
+
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t';
+}
+
+bool isExecutableFile(const std::string& name)
+{
+    struct stat status = {};
+    return ::stat(name.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+           ::access(name.c_str(), X_OK) == 0;
+}
+
+std::string withSlashes(std::string text)
+{
+    std::replace(text.begin(), text.end(), '\\', '/');
+    return text;
+}
+
+std::string findOnPath(const std::string& name)
+{
+    const char* variable = std::getenv("PATH");
+    const std::string path = variable != nullptr ? variable : "/usr/bin:/bin";
+    for (std::size_t start = 0; start <= path.size();) {
+        const std::size_t end = std::min(path.find(':', start), path.size());
+        std::string candidate = path.substr(start, end - start);
+        candidate += candidate.empty() ? name : "/" + name;
+        if (isExecutableFile(candidate))
+            return candidate;
+        start = end + 1;
+    }
+    return {};
+}
+
+// Where the quotes end (or the text), for a command line that begins with one.
+Command parseQuoted(const std::string& line)
+{
+    const std::size_t end = std::min(line.find('"', 1), line.size());
+    const std::string name = withSlashes(line.substr(1, end - 1));
+    Command command;
+    command.program = findProgram(name);
+    command.arguments = splitArguments(end < line.size() ? line.substr(end + 1) : std::string());
+    command.arguments.insert(command.arguments.begin(), name);
+    return command;
+}
+
+}
+
+std::string findProgram(const std::string& name)
+{
+    if (name.empty())
+        return {};
+    if (isExecutableFile(name))
+        return name;
+    return name.find('/') == std::string::npos ? findOnPath(name) : std::string();
+}
+
+Command parseCommandLine(const std::string& commandLine)
+{
+    const std::string line =
+        commandLine.substr(std::min(commandLine.find_first_not_of(" \t"), commandLine.size()));
+    if (line.empty())
+        return {};
+    if (line.front() == '"')
+        return parseQuoted(line);
+    for (std::size_t end = 0; end < line.size();) {
+        end = std::min(line.find_first_of(" \t", end + 1), line.size());
+        const std::string name = withSlashes(line.substr(0, end));
+        Command command;
+        command.program = findProgram(name);
+        if (command.program.empty())
+            continue;
+        command.arguments = splitArguments(line.substr(end));
+        command.arguments.insert(command.arguments.begin(), name);
+        return command;
+    }
+    return {};
+}
+
+std::vector<std::string> splitArguments(const std::string& text)
+{
+    std::vector<std::string> arguments;
+    std::string argument;
+    bool quoted = false;
+    bool inArgument = false;
+    for (std::size_t i = 0; i < text.size();) {
+        const std::size_t backslashes = std::min(text.find_first_not_of('\\', i), text.size()) - i;
+        i += backslashes;
+        const bool atQuote = i < text.size() && text[i] == '"';
+        argument.append(atQuote ? backslashes / 2 : backslashes, '\\');
+        inArgument = inArgument || backslashes > 0;
+        if (i >= text.size())
+            break;
+        const char c = text[i++];
+        if (atQuote && backslashes % 2 == 0) {
+            inArgument = true;
+            if (quoted && i < text.size() && text[i] == '"')
+                argument += text[i++];
+            else
+                quoted = !quoted;
+        } else if (isBlank(c) && !quoted) {
+            if (inArgument)
+                arguments.push_back(argument);
+            argument.clear();
+            inArgument = false;
+        } else {
+            argument += c;
+            inArgument = true;
+        }
+    }
+    if (inArgument)
+        arguments.push_back(argument);
+    return arguments;
+}
+
+}

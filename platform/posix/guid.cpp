@@ -1,0 +1,20 @@
+#include "platform/guid.h"
+
+#include <cerrno>
+#include <sys/random.h>
+
+namespace Tools::Platform {
+
+// Random, marked as such: version 4, variant 1 (RFC 4122, section 4.4).
+Guid createGuid()
+{
+    Guid guid = {};
+    while (::getrandom(&guid, sizeof(guid), 0) != static_cast<ssize_t>(sizeof(guid)) &&
+           errno == EINTR) {
+    }
+    guid.Data3 = static_cast<std::uint16_t>((guid.Data3 & 0x0FFF) | 0x4000);
+    guid.Data4[0] = static_cast<unsigned char>((guid.Data4[0] & 0x3F) | 0x80);
+    return guid;
+}
+
+}

@@ -1,0 +1,230 @@
+#include "platform/process.h"
+
+#include "platform/filesystem.h"
+#include "platform/posix/command_line.h"
+#include "platform/posix/environment.h"
+#include "platform/posix/reaper.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <fcntl.h>
+#include <limits>
+#include <mutex>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+// Early versions of this header do not say that its functions are C.
+extern "C" {
+#include <sys/pidfd.h>
+}
+
+namespace Tools::Platform {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// What a process handle points to. Only this child is ever waited for, so that other children of
+// the program keep their exit status for whoever started them.
+struct ChildProcess {
+    pid_t id = -1;
+    // Readable once the process has ended; -1 where the kernel has no such descriptors.
+    int descriptor = -1;
+    std::mutex mutex;
+    bool ended = false;
+    std::uint32_t exitCode = 0;
+};
+
+std::uint32_t toExitCode(int status)
+{
+    constexpr int SignalBase = 128;
+    const int code = WIFSIGNALED(status) ? SignalBase + WTERMSIG(status) : WEXITSTATUS(status);
+    return static_cast<std::uint32_t>(code);
+}
+
+// Takes the exit status, once, if there is one. A child whose status is gone (the program ignores
+// its children's ends) counts as ended with 0.
+bool takeExitCode(ChildProcess& child)
+{
+    const std::lock_guard<std::mutex> lock(child.mutex);
+    if (child.ended)
+        return true;
+    int status = 0;
+    pid_t result = 0;
+    do {
+        result = ::waitpid(child.id, &status, WNOHANG);
+    } while (result < 0 && errno == EINTR);
+    if (result == 0)
+        return false;
+    child.ended = true;
+    child.exitCode = result > 0 ? toExitCode(status) : 0;
+    return true;
+}
+
+// Milliseconds that are left; below 0 without a limit.
+int timeLeft(Clock::time_point end, int milliseconds)
+{
+    if (milliseconds < 0)
+        return -1;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+    return static_cast<int>(std::max<std::int64_t>(left, 0));
+}
+
+// Returns when the child may have ended, or after the time.
+void sleepForEnd(const ChildProcess& child, int milliseconds)
+{
+    if (child.descriptor < 0) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        return;
+    }
+    pollfd entry = {child.descriptor, POLLIN, 0};
+    ::poll(&entry, 1, milliseconds);
+}
+
+// The paths of a child that starts elsewhere must not be taken from there.
+std::string absolute(const std::string& path)
+{
+    if (path.empty() || path.front() == '/')
+        return path;
+    std::string directory(256, '\0');
+    while (::getcwd(directory.data(), directory.size()) == nullptr) {
+        if (errno != ERANGE)
+            return path;
+        directory.resize(2 * directory.size());
+    }
+    directory.resize(directory.find('\0'));
+    return directory + "/" + path;
+}
+
+std::string withSlashes(std::string text)
+{
+    std::replace(text.begin(), text.end(), '\\', '/');
+    return text;
+}
+
+// A file that is closed at the end of the scope; -1 is none.
+class Descriptor {
+public:
+    explicit Descriptor(int number) : m_number(number) {}
+    ~Descriptor()
+    {
+        if (m_number >= 0)
+            ::close(m_number);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    int number() const { return m_number; }
+
+private:
+    int m_number;
+};
+
+// What is done in the child before the program starts.
+class FileActions {
+public:
+    FileActions() { ::posix_spawn_file_actions_init(&m_actions); }
+    ~FileActions() { ::posix_spawn_file_actions_destroy(&m_actions); }
+    FileActions(const FileActions&) = delete;
+    FileActions& operator=(const FileActions&) = delete;
+
+    void readFrom(int descriptor)
+    {
+        ::posix_spawn_file_actions_adddup2(&m_actions, descriptor, STDIN_FILENO);
+    }
+    void startIn(const std::string& directory)
+    {
+        ::posix_spawn_file_actions_addchdir_np(&m_actions, directory.c_str());
+    }
+    const posix_spawn_file_actions_t* get() const { return &m_actions; }
+
+private:
+    posix_spawn_file_actions_t m_actions = {};
+};
+
+pid_t spawn(const Command& command, const FileActions& actions)
+{
+    std::vector<char*> arguments;
+    for (const std::string& argument : command.arguments)
+        arguments.push_back(const_cast<char*>(argument.c_str()));
+    arguments.push_back(nullptr);
+    const std::vector<char*> environment = copyEnvironment();
+    pid_t id = -1;
+    const int error = ::posix_spawn(&id, command.program.c_str(), actions.get(), nullptr,
+                                    arguments.data(), environment.data());
+    return error == 0 ? id : -1;
+}
+
+ProcessHandle toHandle(pid_t id)
+{
+    auto* child = new ChildProcess;
+    child->id = id;
+    child->descriptor = ::pidfd_open(id, 0);
+    return child;
+}
+
+ChildProcess& fromHandle(ProcessHandle process)
+{
+    return *static_cast<ChildProcess*>(process);
+}
+
+}
+
+ProcessHandle startProcess(const StartOptions& options)
+{
+    Command command = parseCommandLine(options.commandLine);
+    if (command.program.empty())
+        return nullptr;
+    FileActions actions;
+    const std::string inputFile = withSlashes(options.inputFile);
+    const Descriptor input(inputFile.empty() ? -1
+                                             : ::open(inputFile.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!inputFile.empty()) {
+        if (input.number() < 0 || isDirectory(inputFile))
+            return nullptr;
+        actions.readFrom(input.number());
+    }
+    const std::string directory = withSlashes(options.currentDirectory);
+    if (!directory.empty() && directory != ".") {
+        command.program = absolute(command.program);
+        actions.startIn(directory);
+    }
+    const pid_t id = spawn(command, actions);
+    return id > 0 ? toHandle(id) : nullptr;
+}
+
+bool waitForProcess(ProcessHandle process, int milliseconds)
+{
+    ChildProcess& child = fromHandle(process);
+    const Clock::time_point end =
+        Clock::now() + std::chrono::milliseconds(std::max(milliseconds, 0));
+    while (!takeExitCode(child)) {
+        const int left = timeLeft(end, milliseconds);
+        if (left == 0)
+            return false;
+        sleepForEnd(child, left);
+    }
+    return true;
+}
+
+std::uint32_t getExitCode(ProcessHandle process)
+{
+    ChildProcess& child = fromHandle(process);
+    const std::lock_guard<std::mutex> lock(child.mutex);
+    return child.exitCode;
+}
+
+void closeProcess(ProcessHandle process)
+{
+    ChildProcess& child = fromHandle(process);
+    if (!takeExitCode(child))
+        reapLater(child.id, child.descriptor);
+    else if (child.descriptor >= 0)
+        ::close(child.descriptor);
+    delete &child;
+}
+
+}

@@ -1,0 +1,131 @@
+#include "platform/posix/reaper.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <dlfcn.h>
+#include <mutex>
+#include <poll.h>
+#include <pthread.h>
+#include <sys/eventfd.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace Tools::Platform {
+
+namespace {
+
+struct Child {
+    pid_t id;
+    int descriptor;
+};
+
+// Never destroyed: the thread may look at it to the very end of the process.
+struct Reaper {
+    std::mutex mutex;
+    std::vector<Child> children;
+    int wakeUp = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    bool running = false;
+    // A forked process inherits this object, but not the thread.
+    pid_t owner = -1;
+};
+
+Reaper& reaper()
+{
+    static auto* instance = new Reaper;
+    return *instance;
+}
+
+// True once the child has ended and is gone; also if somebody else took it.
+bool reap(const Child& child)
+{
+    pid_t result = 0;
+    do {
+        result = ::waitpid(child.id, nullptr, WNOHANG);
+    } while (result < 0 && errno == EINTR);
+    if (result == 0)
+        return false;
+    if (child.descriptor >= 0)
+        ::close(child.descriptor);
+    return true;
+}
+
+// Returns when some child may have ended or a new one has come.
+void sleepForChange(const std::vector<Child>& children, int wakeUp)
+{
+    constexpr int BlindInterval = 50;
+    std::vector<pollfd> entries = {{wakeUp, POLLIN, 0}};
+    int timeout = -1;
+    for (const Child& child : children) {
+        if (child.descriptor >= 0)
+            entries.push_back({child.descriptor, POLLIN, 0});
+        else
+            timeout = BlindInterval;
+    }
+    ::poll(entries.data(), entries.size(), timeout);
+    eventfd_t count = 0;
+    ::eventfd_read(wakeUp, &count);
+}
+
+void* reapChildren(void* context)
+{
+    auto& own = *static_cast<Reaper*>(context);
+    for (;;) {
+        std::vector<Child> children;
+        {
+            const std::lock_guard<std::mutex> lock(own.mutex);
+            std::erase_if(own.children, reap);
+            if (own.children.empty()) {
+                own.running = false;
+                return nullptr;
+            }
+            children = own.children;
+        }
+        sleepForChange(children, own.wakeUp);
+    }
+}
+
+// The thread must not find its code unmapped.
+void keepLibraryLoaded()
+{
+    Dl_info info = {};
+    if (::dladdr(reinterpret_cast<void*>(&reapChildren), &info) != 0 && info.dli_fname != nullptr)
+        ::dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
+// The program's signals are none of the thread's business.
+bool startThread(Reaper& own)
+{
+    sigset_t all;
+    sigset_t previous;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &previous);
+    pthread_t thread = {};
+    const bool started = ::pthread_create(&thread, nullptr, &reapChildren, &own) == 0;
+    if (started)
+        ::pthread_detach(thread);
+    ::pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+    return started;
+}
+
+}
+
+void reapLater(pid_t child, int descriptor)
+{
+    Reaper& own = reaper();
+    const std::lock_guard<std::mutex> lock(own.mutex);
+    if (own.owner != ::getpid()) {
+        own.owner = ::getpid();
+        own.running = false;
+        own.children.clear();
+        keepLibraryLoaded();
+    }
+    own.children.push_back({child, descriptor});
+    if (own.running)
+        ::eventfd_write(own.wakeUp, 1);
+    else
+        own.running = startThread(own);
+}
+
+}

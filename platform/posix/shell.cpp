@@ -1,0 +1,128 @@
+#include "platform/shell.h"
+
+#include "platform/posix/command_line.h"
+#include "platform/process.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Tools::Platform {
+
+namespace {
+
+// The shell's result numbers on Windows.
+constexpr int FileNotFound = 2;
+constexpr int PathNotFound = 3;
+constexpr int AccessDenied = 5;
+constexpr int BadFormat = 11;
+constexpr int Failed = 29;
+constexpr int NoAssociation = 31;
+constexpr int Success = 33;
+
+bool isLetter(char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+// "https://…" or "mailto:…"; a single letter before the colon is a drive.
+bool isUrl(const std::string& text)
+{
+    const std::size_t colon = text.find(':');
+    return colon != std::string::npos && colon > 1 && isLetter(text.front()) &&
+           std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(colon), [](char c) {
+               return isLetter(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';
+           });
+}
+
+// Why a file cannot be reached.
+int missingCode(const std::string& path)
+{
+    if (errno == EACCES)
+        return AccessDenied;
+    const std::size_t slash = path.rfind('/');
+    struct stat status = {};
+    if (slash == std::string::npos || slash == 0)
+        return FileNotFound;
+    const bool parentExists =
+        ::stat(path.substr(0, slash).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    return parentExists ? FileNotFound : PathNotFound;
+}
+
+// A word of a command line that the argument rules split again into this very text.
+std::string quoted(const std::string& text)
+{
+    std::string word = "\"";
+    std::size_t backslashes = 0;
+    for (const char c : text) {
+        backslashes = c == '\\' ? backslashes + 1 : backslashes;
+        if (c == '"')
+            word.append(backslashes + 1, '\\');
+        if (c != '\\')
+            backslashes = 0;
+        word += c;
+    }
+    return word.append(backslashes, '\\') + "\"";
+}
+
+int startFile(const std::string& program, const std::string& parameters)
+{
+    StartOptions options;
+    options.commandLine = "\"" + program + "\" " + parameters;
+    const ProcessHandle process = startProcess(options);
+    if (process == nullptr)
+        return BadFormat;
+    closeProcess(process);
+    return Success;
+}
+
+// What xdg-open tells within a moment; one that goes on has found something to open the file with.
+int openWithDesktop(const std::string& file)
+{
+    constexpr int Moment = 2000;
+    if (findProgram("xdg-open").empty())
+        return NoAssociation;
+    StartOptions options;
+    options.commandLine = "xdg-open " + quoted(file);
+    const ProcessHandle process = startProcess(options);
+    if (process == nullptr)
+        return NoAssociation;
+    const std::uint32_t code = waitForProcess(process, Moment) ? getExitCode(process) : 0;
+    closeProcess(process);
+    // xdg-open(1): 2 no such file, 3 no tool for it, 4 the tool failed.
+    switch (code) {
+    case 0:
+        return Success;
+    case 2:
+        return FileNotFound;
+    case 3:
+        return NoAssociation;
+    default:
+        return Failed;
+    }
+}
+
+}
+
+int shellExecute(const std::string& file, const std::string& parameters)
+{
+    if (isUrl(file))
+        return openWithDesktop(file);
+    std::string path = file;
+    std::replace(path.begin(), path.end(), '\\', '/');
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) != 0) {
+        const int code = missingCode(path);
+        const std::string program = findProgram(path);
+        return program.empty() ? code : startFile(program, parameters);
+    }
+    if (S_ISREG(status.st_mode) && ::access(path.c_str(), X_OK) == 0)
+        return startFile(path, parameters);
+    if (::access(path.c_str(), R_OK) != 0)
+        return AccessDenied;
+    // A name that begins with "-" must not be taken for an option.
+    return openWithDesktop(path.front() == '-' ? "./" + path : path);
+}
+
+}

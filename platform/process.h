@@ -1,0 +1,42 @@
+#pragma once
+
+#include <mdtools/platform_types.h>
+
+#include <cstdint>
+#include <string>
+
+// Child processes.
+namespace Tools::Platform {
+
+enum class ShowWindow { AsProgramLikes, Show, Default, Hide };
+
+struct StartOptions {
+    // Program and arguments.
+    std::string commandLine;
+    // Empty: the caller's own.
+    std::string currentDirectory;
+    // The file that the child reads as its standard input; empty: the caller's own.
+    std::string inputFile;
+    // What the window shows; empty, and 0 by 0, leave it to the system.
+    std::string title;
+    int width = 0;
+    int height = 0;
+    ShowWindow show = ShowWindow::AsProgramLikes;
+    bool noConsoleWindow = false;
+    // Normal priority whatever the caller's is.
+    bool normalPriority = false;
+};
+
+// Null if the input file cannot be read or the program cannot be started.
+ProcessHandle startProcess(const StartOptions& options);
+
+// True once the process has ended; below 0 waits without limit.
+bool waitForProcess(ProcessHandle process, int milliseconds);
+
+// Of a process that has ended.
+std::uint32_t getExitCode(ProcessHandle process);
+
+// The process itself goes on; nothing of it stays behind when it ends.
+void closeProcess(ProcessHandle process);
+
+}

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+namespace Tools::Platform {
+
+// Opens a document or starts a program as the desktop does. Above 32 is success; else the numbers
+// of Windows: 2 no such file, 3 no such path, 5 no access, 11 no valid program, 31 nothing to open
+// it with.
+int shellExecute(const std::string& file, const std::string& parameters);
+
+}

@@ -1,0 +1,132 @@
+#include "platform/process.h"
+
+#include <algorithm>
+#include <mutex>
+
+#include <windows.h>
+
+namespace Tools::Platform {
+
+namespace {
+
+// The child's standard input, closed here as soon as the child has its own.
+class InputFile {
+public:
+    explicit InputFile(const std::string& name)
+    {
+        if (name.empty())
+            return;
+        std::string path = name;
+        std::replace(path.begin(), path.end(), '/', '\\');
+        SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+        m_handle = ::CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ, &inheritable,
+                                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+        m_failed = m_handle == INVALID_HANDLE_VALUE;
+    }
+
+    ~InputFile()
+    {
+        if (m_handle != nullptr && !m_failed)
+            ::CloseHandle(m_handle);
+    }
+
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    // Null without a file.
+    HANDLE handle() const { return m_handle; }
+    bool failed() const { return m_failed; }
+
+private:
+    HANDLE m_handle = nullptr;
+    bool m_failed = false;
+};
+
+WORD toShowCommand(ShowWindow show)
+{
+    switch (show) {
+    case ShowWindow::Show:
+        return SW_SHOW;
+    case ShowWindow::Hide:
+        return SW_HIDE;
+    default:
+        return SW_SHOWDEFAULT;
+    }
+}
+
+STARTUPINFOA toStartupInfo(const StartOptions& options, std::string& title, HANDLE input)
+{
+    STARTUPINFOA info{};
+    info.cb = sizeof(info);
+    if (!title.empty())
+        info.lpTitle = title.data();
+    if (options.show != ShowWindow::AsProgramLikes) {
+        info.dwFlags |= STARTF_USESHOWWINDOW;
+        info.wShowWindow = toShowCommand(options.show);
+    }
+    if (options.width != 0 && options.height != 0) {
+        info.dwFlags |= STARTF_USESIZE;
+        info.dwXSize = static_cast<DWORD>(options.width);
+        info.dwYSize = static_cast<DWORD>(options.height);
+    }
+    if (input != nullptr) {
+        info.dwFlags |= STARTF_USESTDHANDLES;
+        info.hStdInput = input;
+        info.hStdOutput = ::GetStdHandle(STD_OUTPUT_HANDLE);
+        info.hStdError = ::GetStdHandle(STD_ERROR_HANDLE);
+    }
+    return info;
+}
+
+DWORD toCreationFlags(const StartOptions& options)
+{
+    DWORD flags = options.normalPriority ? NORMAL_PRIORITY_CLASS | CREATE_SEPARATE_WOW_VDM : 0;
+    if (options.noConsoleWindow)
+        flags |= CREATE_NO_WINDOW;
+    return flags;
+}
+
+}
+
+ProcessHandle startProcess(const StartOptions& options)
+{
+    // A child inherits whatever can be inherited at that moment: while one thread's input file is
+    // open, no other thread starts a child.
+    static std::mutex mutex;
+    const std::lock_guard<std::mutex> lock(mutex);
+
+    const InputFile input(options.inputFile);
+    if (input.failed())
+        return nullptr;
+    std::string commandLine = options.commandLine;
+    std::string title = options.title;
+    STARTUPINFOA info = toStartupInfo(options, title, input.handle());
+    PROCESS_INFORMATION process{};
+    const char* directory =
+        options.currentDirectory.empty() ? nullptr : options.currentDirectory.c_str();
+    if (!::CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE,
+                          toCreationFlags(options), nullptr, directory, &info, &process))
+        return nullptr;
+    ::CloseHandle(process.hThread);
+    return process.hProcess;
+}
+
+bool waitForProcess(ProcessHandle process, int milliseconds)
+{
+    const DWORD time = milliseconds < 0 ? INFINITE : static_cast<DWORD>(milliseconds);
+    return ::WaitForSingleObject(process, time) == WAIT_OBJECT_0;
+}
+
+std::uint32_t getExitCode(ProcessHandle process)
+{
+    DWORD code = 0;
+    ::GetExitCodeProcess(process, &code);
+    return code;
+}
+
+void closeProcess(ProcessHandle process)
+{
+    ::CloseHandle(process);
+}
+
+}

@@ -1,0 +1,31 @@
+#include <mdtools/argument_keeper.h>
+
+#include <utility>
+
+namespace Tools {
+
+ArgumentKeeper::ArgumentKeeper(std::vector<std::string> arguments)
+    : m_arguments(std::move(arguments))
+{
+    m_buffers.reserve(m_arguments.size());
+    m_vector.reserve(m_arguments.size() + 1);
+    for (const std::string& argument : m_arguments) {
+        m_buffers.emplace_back(argument.c_str(), argument.c_str() + argument.size() + 1);
+        m_vector.push_back(m_buffers.back().data());
+    }
+    m_vector.push_back(nullptr);
+}
+
+ArgumentKeeper::~ArgumentKeeper() = default;
+
+int ArgumentKeeper::getArgC() const
+{
+    return static_cast<int>(m_arguments.size());
+}
+
+char** ArgumentKeeper::getArgV()
+{
+    return m_vector.data();
+}
+
+}

@@ -1,0 +1,171 @@
+#include <mdtools/process.h>
+
+#include "platform/environment.h"
+#include "platform/process.h"
+#include "platform/window.h"
+
+#include <algorithm>
+#include <map>
+
+namespace Tools {
+
+struct Process::State {
+    struct Override {
+        std::string value;
+        // What the variable held before, during a run; empty if nothing.
+        std::string previous;
+    };
+
+    std::string currentDirectory = ".";
+    std::string commandLine;
+    std::string windowTitle = "MERODA";
+    bool show = true;
+    bool hideWindow = false;
+    bool wait = false;
+    int windowWidth = 0;
+    int windowHeight = 0;
+    std::uint32_t returnCode = 0;
+    std::map<std::string, Override> environment;
+
+    void applyEnvironment();
+    void restoreEnvironment();
+    Platform::StartOptions startOptions() const;
+};
+
+void Process::State::applyEnvironment()
+{
+    for (auto& [name, variable] : environment) {
+        Platform::readVariable(name, variable.previous);
+        Platform::setVariable(name, variable.value);
+    }
+}
+
+void Process::State::restoreEnvironment()
+{
+    for (auto& [name, variable] : environment) {
+        // A variable that had no value keeps the new one: later children are to find it.
+        if (!variable.previous.empty())
+            Platform::setVariable(name, variable.previous);
+        variable.previous.clear();
+    }
+}
+
+Platform::StartOptions Process::State::startOptions() const
+{
+    Platform::StartOptions options;
+    options.commandLine = commandLine;
+    options.currentDirectory = currentDirectory;
+    options.noConsoleWindow = hideWindow;
+    options.normalPriority = true;
+    if (show) {
+        options.title = windowTitle;
+        options.show = Platform::ShowWindow::Show;
+    }
+    if (windowWidth != 0 && windowHeight != 0) {
+        options.width = windowWidth;
+        options.height = windowHeight;
+    }
+    return options;
+}
+
+namespace {
+
+constexpr int WaitSlice = 1000;
+
+// In slices, because a window of this thread must not let other threads wait for the whole time.
+void waitForEnd(ProcessHandle process)
+{
+    while (!Platform::waitForProcess(process, WaitSlice))
+        Platform::handleSentMessages();
+}
+
+}
+
+Process::Process() : m_state(std::make_unique<State>()) {}
+
+Process::~Process() = default;
+
+void Process::setCommandLine(const std::string& commandLine)
+{
+    m_state->commandLine = commandLine;
+}
+
+void Process::setCurrentDirectory(const std::string& directory)
+{
+    m_state->currentDirectory = directory;
+    std::replace(m_state->currentDirectory.begin(), m_state->currentDirectory.end(), '/', '\\');
+}
+
+void Process::setWindowTitle(const std::string& title)
+{
+    m_state->windowTitle = title;
+}
+
+void Process::setWindowSize(int width, int height)
+{
+    m_state->windowWidth = width;
+    m_state->windowHeight = height;
+}
+
+void Process::setEnvironment(const std::string& name, const std::string& value)
+{
+    m_state->environment[name].value = value;
+}
+
+void Process::enableShow(bool show)
+{
+    m_state->show = show;
+}
+
+void Process::enableHideWindow(bool hide)
+{
+    m_state->hideWindow = hide;
+}
+
+void Process::enableWait(bool wait)
+{
+    m_state->wait = wait;
+}
+
+bool Process::run()
+{
+    m_state->applyEnvironment();
+    const ProcessHandle process = Platform::startProcess(m_state->startOptions());
+    if (process != nullptr && m_state->wait) {
+        waitForEnd(process);
+        m_state->returnCode = Platform::getExitCode(process);
+    }
+    close(process);
+    m_state->restoreEnvironment();
+    return process != nullptr;
+}
+
+std::uint32_t Process::returnCode() const
+{
+    return m_state->returnCode;
+}
+
+ProcessHandle Process::start(const std::string& commandLine, bool show,
+                             const std::string& inputFile)
+{
+    Platform::StartOptions options;
+    options.commandLine = commandLine;
+    options.inputFile = inputFile;
+    options.show = show ? Platform::ShowWindow::Default : Platform::ShowWindow::Hide;
+    return Platform::startProcess(options);
+}
+
+bool Process::waitFor(ProcessHandle process, int milliseconds)
+{
+    if (process == nullptr)
+        return false;
+    return Platform::waitForProcess(process, milliseconds < 1 ? -1 : milliseconds);
+}
+
+void Process::close(ProcessHandle process)
+{
+    if (process != nullptr)
+        Platform::closeProcess(process);
+}
+
+}

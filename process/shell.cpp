@@ -1,0 +1,77 @@
+#include <mdtools/shell.h>
+
+#include "platform/shell.h"
+
+#include <mdtext/mdtext.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace Tools {
+
+namespace {
+
+constexpr int LastFailure = 32;
+constexpr unsigned SuccessText = 7053;
+constexpr unsigned UnknownText = 7054;
+
+struct Row {
+    Shell::ErrorCode code;
+    unsigned text;
+};
+
+constexpr Row Failures[] = {
+    {Shell::OutOfResources, 7037},
+    {Shell::FileNotFound, 7041},
+    {Shell::PathNotFound, 7042},
+    {Shell::AccessDenied, 7043},
+    {Shell::NotEnoughMemory, 7044},
+    {Shell::BadFormat, 7045},
+    {Shell::SharingViolation, 7046},
+    {Shell::AssociationIncomplete, 7047},
+    {Shell::TimedOut, 7048},
+    {Shell::Failed, 7049},
+    {Shell::Busy, 7050},
+    {Shell::NoAssociation, 7051},
+    {Shell::LibraryNotFound, 7052},
+};
+
+Row toRow(int result)
+{
+    if (result > LastFailure)
+        return {Shell::Success, SuccessText};
+    const auto* found =
+        std::find_if(std::begin(Failures), std::end(Failures),
+                     [result](const Row& row) { return static_cast<int>(row.code) == result; });
+    return found != std::end(Failures) ? *found : Row{Shell::Unknown, UnknownText};
+}
+
+}
+
+Shell::Shell() = default;
+Shell::Shell(const Shell& other) = default;
+Shell& Shell::operator=(const Shell& other) = default;
+Shell::~Shell() = default;
+
+Shell::ErrorCode Shell::execute(const std::string& file, const std::string& parameters)
+{
+    const Row row = toRow(Platform::shellExecute(file, parameters));
+    m_message = MdText::LoadGui(row.text);
+    if (row.code == FileNotFound)
+        m_message += file;
+    else if (row.code == AccessDenied)
+        m_message += file + ".";
+    return row.code;
+}
+
+Shell::ErrorCode Shell::execute(const std::string& file)
+{
+    return execute(file, std::string());
+}
+
+std::string Shell::getErrorMessage() const
+{
+    return m_message;
+}
+
+}

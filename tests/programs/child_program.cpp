@@ -1,0 +1,63 @@
+// A program for tests that start programs. It writes what reached it into the file that the
+// variable MDTOOLS_RECORD names (a line a fact), complete once the file is there. Arguments that it
+// obeys:
+//   --exit=CODE  --sleep=MILLISECONDS  --stdin (record what can be read)  --variable=NAME
+//   --silent (no record)
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <string>
+#include <thread>
+
+namespace {
+
+bool takeOption(const std::string& argument, const std::string& name, std::string& value)
+{
+    const std::string start = "--" + name + "=";
+    if (argument.compare(0, start.size(), start) != 0)
+        return false;
+    value = argument.substr(start.size());
+    return true;
+}
+
+const char* variable(const std::string& name)
+{
+    const char* value = std::getenv(name.c_str());
+    return value != nullptr ? value : "";
+}
+
+}
+
+int main(int argc, char** argv)
+{
+    int exitCode = 0;
+    std::string file = variable("MDTOOLS_RECORD");
+    std::string record = "directory: " + std::filesystem::current_path().filename().string() + "\n";
+    for (int i = 1; i < argc; ++i) {
+        std::string value;
+        const std::string argument = argv[i];
+        record += "argument: " + argument + "\n";
+        if (takeOption(argument, "exit", value))
+            exitCode = std::stoi(value);
+        else if (takeOption(argument, "sleep", value))
+            std::this_thread::sleep_for(std::chrono::milliseconds(std::stoi(value)));
+        else if (takeOption(argument, "variable", value))
+            record += "variable: " + value + "=" + variable(value) + "\n";
+        else if (argument == "--silent")
+            file.clear();
+        else if (argument == "--stdin")
+            record += "input: " + std::string(std::istreambuf_iterator<char>(std::cin), {}) + "\n";
+    }
+    if (file.empty())
+        return exitCode;
+    {
+        std::ofstream stream(file + ".part", std::ios::binary);
+        stream << record;
+    }
+    std::filesystem::rename(file + ".part", file);
+    return exitCode;
+}
