@@ -37,6 +37,7 @@ MessageWindow::MessageWindow(std::function<void(unsigned int message)> handler)
     : m_state(std::make_shared<State>())
 {
     m_state->handler = std::move(handler);
+    // The window may outlive this object for a while if it ends on another thread.
     const std::weak_ptr<State> weak = m_state;
     m_state->window = Platform::createWindow([weak](unsigned int message) {
         const std::shared_ptr<State> state = weak.lock();

@@ -69,6 +69,8 @@ void ProgressMessenger::reset()
     post();
 }
 
+// One request only, though a derived class may have left several: the order is part of the
+// contract.
 void ProgressMessenger::update(ProgressHandler* handler) const
 {
     if (handler == nullptr)

@@ -25,6 +25,7 @@ void CriticalSection::unlock()
     Platform::leaveLock(m_lock.get());
 }
 
+// Remembers the system's lock, not the section: that may be given another one meanwhile.
 CriticalSectionLocker::CriticalSectionLocker(CriticalSection& section)
     : m_lock(section.m_lock.get())
 {

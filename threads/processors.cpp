@@ -104,6 +104,7 @@ CoreCount determineCoreCount(const ProcessorSource& source)
     std::unique_ptr<unsigned char[]> buffer;
     std::uint32_t size = 0;
     int error = 0;
+    // Again and again: processors may come between two calls.
     while (!source.read(buffer.get(), size, error)) {
         if (error != Platform::BufferTooSmall) {
             report(source, "\n getCpuCount : Error %d\n", error);

@@ -36,6 +36,7 @@ ThreadPool::ThreadPool() : m_state(new State) {}
 
 ThreadPool::~ThreadPool()
 {
+    // Nothing may be waited for or freed under threads that were ended in the middle of their work.
     if (Platform::threadsHaveEnded())
         return;
     clearWorks();

@@ -18,13 +18,15 @@ struct LoopPool {
 
 LoopPool* loopPool;
 
+// At the end of the process the pool stays: its threads may be in the middle of a body.
 void destroyLoopPool()
 {
+    if (Platform::processEnds())
+        return;
     Platform::destroyPool(loopPool->pool);
     delete loopPool;
 }
 
-// The pool is not destroyed at the end of the process: its threads may be in the middle of a body.
 LoopPool* createLoopPool()
 {
     loopPool = new LoopPool;
@@ -32,6 +34,7 @@ LoopPool* createLoopPool()
     return loopPool;
 }
 
+// Halved, not cut to `count`: callers know the ranges that come of it.
 int chunkCount(int count, bool sequential)
 {
     int chunks = System::getCpuCoreCount();

@@ -52,6 +52,7 @@ struct Start {
     void* context;
 };
 
+// noexcept: an exception that nobody catches ends the program here, on every platform.
 void* runThread(void* start) noexcept
 {
     const Start call = *static_cast<Start*>(start);
@@ -61,6 +62,7 @@ void* runThread(void* start) noexcept
 
 }
 
+// Nobody asks for the exit code any more; the system may forget the thread when it ends.
 ThreadHandle::~ThreadHandle()
 {
     if (m_handle != 0)
@@ -87,6 +89,7 @@ void sleep(unsigned int milliseconds)
     timespec rest{};
     rest.tv_sec = static_cast<time_t>(milliseconds / 1000);
     rest.tv_nsec = static_cast<long>(milliseconds % 1000) * 1000000;
+    // A signal cuts it short; the rest is slept then.
     while (::nanosleep(&rest, &rest) != 0 && errno == EINTR) {
     }
 }

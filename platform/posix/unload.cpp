@@ -2,8 +2,6 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <mutex>
-#include <vector>
 
 #include <cxxabi.h>
 
@@ -11,59 +9,37 @@ namespace Tools::Platform {
 
 namespace {
 
-std::atomic<bool> processEnds{false};
+std::atomic<bool> isProcessEnding{false};
 
 // Any address that is not the library's own handle will do.
 char processTag;
 
-struct Unloading {
-    std::mutex mutex;
-    std::vector<void (*)()> functions;
-};
-
-Unloading& unloading();
-
 void noteProcessEnd(void*)
 {
-    processEnds = true;
+    isProcessEnding = true;
 }
 
-// Runs when the library is unloaded and at the end of the process; there noteProcessEnd came first.
-void callFunctions()
+// Takes noteProcessEnd, which is about to vanish with the library, off the system's list.
+void forgetProcessEnd()
 {
-    if (processEnds)
-        return;
-    // Takes noteProcessEnd, which is about to vanish with the library, off the process's list.
     abi::__cxa_finalize(&processTag);
-    std::vector<void (*)()>& functions = unloading().functions;
-    for (; !functions.empty(); functions.pop_back())
-        functions.back()();
-    delete &unloading();
-}
-
-Unloading* startWatching()
-{
-    // The system calls these in reverse order: at the end of the process all of them, at unloading
-    // only those that were registered under the library's own handle, as atexit does.
-    std::atexit(callFunctions);
-    abi::__cxa_atexit(noteProcessEnd, nullptr, &processTag);
-    return new Unloading;
-}
-
-// Outlives the static objects, whose destructors may still need what is in here.
-Unloading& unloading()
-{
-    static Unloading* const object = startWatching();
-    return *object;
 }
 
 }
 
+// The system calls registered functions in reverse order: at the end of the process all of them, at
+// unloading only those that stand under the library's own handle, as atexit registers them.
 void atUnload(void (*function)())
 {
-    Unloading& list = unloading();
-    const std::lock_guard<std::mutex> lock(list.mutex);
-    list.functions.push_back(function);
+    static const int registered = std::atexit(forgetProcessEnd);
+    static_cast<void>(registered);
+    std::atexit(function);
+    abi::__cxa_atexit(noteProcessEnd, nullptr, &processTag);
+}
+
+bool processEnds()
+{
+    return isProcessEnding;
 }
 
 }

@@ -10,6 +10,7 @@ namespace {
 
 using Query = BOOL(WINAPI*)(SYSTEM_LOGICAL_PROCESSOR_INFORMATION*, DWORD*);
 
+// Looked up, not linked: a system without it must still load the library.
 Query findQuery()
 {
     const FARPROC function =
@@ -36,6 +37,7 @@ bool readProcessorInformation(void* buffer, std::uint32_t& size, int& error)
 
 std::vector<ProcessorRecord> processorRecords(const void* buffer, std::uint32_t size)
 {
+    // Copied out, since nothing is said about the alignment of the buffer.
     SYSTEM_LOGICAL_PROCESSOR_INFORMATION entry;
     std::vector<ProcessorRecord> records;
     for (std::size_t at = 0; at + sizeof entry <= size; at += sizeof entry) {

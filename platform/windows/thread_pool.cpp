@@ -10,6 +10,7 @@ extern "C" BOOLEAN NTAPI RtlDllShutdownInProgress(void);
 
 namespace Tools::Platform {
 
+// The system's private pool, with what its work objects are made in and go with.
 class Pool {
 public:
     Pool(int minimum, int maximum)
@@ -41,6 +42,7 @@ private:
     PTP_CLEANUP_GROUP m_group;
 };
 
+// The system calls back with this, so that exceptions and null callbacks can be seen to first.
 struct Work {
     WorkCallback callback;
     void* context;
@@ -94,6 +96,7 @@ WorkHandle workHandle(const Work* work)
 
 void runWorks(Pool*, Work* const* works, std::size_t count)
 {
+    // An item for which the system had no work object runs here rather than not at all.
     for (std::size_t i = 0; i < count; ++i) {
         if (works[i]->handle != nullptr)
             ::SubmitThreadpoolWork(works[i]->handle);
@@ -107,6 +110,7 @@ void runWorks(Pool*, Work* const* works, std::size_t count)
 
 namespace {
 
+// One range of a loop; it stays where it is while the pool has it.
 struct Chunk {
     LoopBody body;
     Range range;
@@ -123,6 +127,7 @@ struct Chunk {
 
     static void run(WorkInstance, void* chunk, WorkHandle)
     {
+        // Its copy of the body ends with the call, on this thread.
         const LoopBody body = std::exchange(static_cast<Chunk*>(chunk)->body, nullptr);
         body(static_cast<Chunk*>(chunk)->range.begin, static_cast<Chunk*>(chunk)->range.end);
     }

@@ -55,7 +55,10 @@ bool registerClass()
     description.hInstance = ownModule();
     description.lpszClassName = ClassName;
     // Left behind, the class would call into memory that the library has left.
-    atUnload([] { ::UnregisterClassA(ClassName, ownModule()); });
+    atUnload([] {
+        if (!processEnds())
+            ::UnregisterClassA(ClassName, ownModule());
+    });
     return ::RegisterClassA(&description) != 0;
 }
 
