@@ -35,13 +35,23 @@ KeyHandle openKey(int hive, KeyNames names, bool create);
 KeyHandle openKey(KeyHandle parent, KeyNames names, bool create);
 void closeKey(KeyHandle key);
 
-// False if there is no such value; then `data` is of no use.
-bool readValue(KeyHandle key, const char* name, std::uint32_t& kind, std::string& data);
+// Receives a value as it is stored. The data is there for the call only, which must not use the
+// store.
+class ValueReceiver {
+public:
+    virtual void receive(std::uint32_t kind, std::string_view data) = 0;
+
+protected:
+    ~ValueReceiver() = default;
+};
+
+// False, and nothing is received, if there is no such value. Names of values end at their first NUL.
+bool readValue(KeyHandle key, const std::string& name, ValueReceiver& receiver);
 
 // Both open the key once more, for writing. A value takes the place of an old one in one step.
-bool writeValue(KeyHandle key, const char* name, std::uint32_t kind, const void* data,
+bool writeValue(KeyHandle key, const std::string& name, std::uint32_t kind, const void* data,
                 std::size_t size);
-bool removeValue(KeyHandle key, const char* name);
+bool removeValue(KeyHandle key, const std::string& name);
 
 // Removes a key below `parent` with all that it holds.
 bool removeTree(KeyHandle parent, KeyNames names);

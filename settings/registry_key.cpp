@@ -95,7 +95,7 @@ RegistryKey& RegistryKey::add(const RegistryValue& value)
         return remove(value);
     const std::string name = value.name();
     if (m_handle != nullptr && isValueName(name))
-        Platform::writeValue(m_handle, name.c_str(), kindOf(value.type()), value.getBytes(),
+        Platform::writeValue(m_handle, name, kindOf(value.type()), value.getBytes(),
                              storedSize(value));
     return *this;
 }
@@ -104,7 +104,7 @@ RegistryKey& RegistryKey::remove(const RegistryValue& value)
 {
     const std::string name = value.name();
     if (m_handle != nullptr && isValueName(name))
-        Platform::removeValue(m_handle, name.c_str());
+        Platform::removeValue(m_handle, name);
     return *this;
 }
 

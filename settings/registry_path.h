@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/registry_store.h"
+
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -25,6 +27,10 @@ private:
 };
 
 // Whether a value may have this name.
-bool isValueName(const std::string& name);
+bool isLongValueName(const std::string& name);
+inline bool isValueName(const std::string& name)
+{
+    return name.size() <= Platform::MaximumValueName || isLongValueName(name);
+}
 
 }

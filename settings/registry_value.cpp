@@ -80,31 +80,35 @@ void appendText(std::string& list, const Text& text)
 
 }
 
+// Makes stored data the value's own.
+class RegistryValue::Reader final : public Platform::ValueReceiver {
+public:
+    explicit Reader(RegistryValue& value) : m_value(value) {}
+
+    void receive(std::uint32_t kind, std::string_view data) override
+    {
+        const Type type = typeOf(kind);
+        m_value.m_type = type;
+        if (type == String || type == ExpandString)
+            m_value.m_data = firstText(data);
+        else if (type == MultiString || type == Binary)
+            m_value.m_data = data;
+        else if (type == DWord && data.size() <= sizeof m_value.m_word)
+            std::memcpy(&m_value.m_word, data.data(), data.size());
+    }
+
+private:
+    RegistryValue& m_value;
+};
+
 RegistryValue::RegistryValue(KeyHandle key, const std::string& name) : m_name(name)
 {
-    std::uint32_t kind = 0;
-    if (key != nullptr && isValueName(name) && Platform::readValue(key, name.c_str(), kind, m_data))
-        take(kind);
-    else
-        m_data.clear();
+    Reader reader(*this);
+    if (key != nullptr && isValueName(name))
+        Platform::readValue(key, name, reader);
 }
 
 RegistryValue::~RegistryValue() = default;
-
-// Makes stored data of this kind the value's own.
-void RegistryValue::take(std::uint32_t kind)
-{
-    m_type = typeOf(kind);
-    if (holdsText()) {
-        m_data.resize(firstText(m_data).size());
-    } else if (m_type == DWord) {
-        if (m_data.size() <= sizeof m_word)
-            std::memcpy(&m_word, m_data.data(), m_data.size());
-        m_data.clear();
-    } else if (m_type == None) {
-        m_data.clear();
-    }
-}
 
 std::size_t RegistryValue::size() const
 {

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <set>
 #include <string>
 #include <thread>
@@ -325,6 +326,29 @@ TEST_F(RegistryTest, severalThreads)
         EXPECT_EQ(Platform::countValues(
                       RegistryKey(m_key, "Threads/" + std::to_string(number), false).handle()),
                   Count);
+}
+
+// Whoever reads while another one writes finds one of the values, never a mixture.
+TEST_F(RegistryTest, readersDuringWrites)
+{
+    std::atomic<bool> isDone = false;
+    std::vector<std::thread> readers;
+    writeText("v", "0");
+    for (int number = 0; number < 3; ++number)
+        readers.emplace_back([this, &isDone] {
+            const RegistryKey copy = m_key;
+            while (!isDone) {
+                const std::string text = copy["v"].getString();
+                ASSERT_FALSE(text.empty());
+                ASSERT_EQ(text, std::string(text.size(), text[0]));
+            }
+        });
+    for (int i = 0; i < 500; ++i)
+        writeText("v", std::string(1 + static_cast<std::size_t>(i % 50),
+                                   static_cast<char>('0' + i % 10)));
+    isDone = true;
+    for (std::thread& reader : readers)
+        reader.join();
 }
 
 }

@@ -157,8 +157,9 @@ public:
     unsigned char* getBinary(unsigned char* destination, std::size_t capacity) const;
 
 private:
+    class Reader;
+
     bool holdsText() const { return m_type == String || m_type == ExpandString; }
-    void take(std::uint32_t kind);
 
     std::string m_name;
     Type m_type = None;

@@ -23,14 +23,9 @@ bool isLongEnough(int file)
 
 }
 
-ChangeCounter::~ChangeCounter()
-{
-    close();
-}
-
 void ChangeCounter::open(const std::string& path, mode_t mode)
 {
-    close();
+    m_number = nullptr;
     int file = openStoreFile(path, mode);
     m_isWritable = file >= 0;
     if (file < 0)
@@ -45,13 +40,6 @@ void ChangeCounter::open(const std::string& path, mode_t mode)
             m_number = static_cast<std::uint64_t*>(address);
     }
     ::close(file);
-}
-
-void ChangeCounter::close()
-{
-    if (m_number != nullptr)
-        ::munmap(m_number, Size);
-    m_number = nullptr;
 }
 
 std::uint64_t ChangeCounter::value() const

@@ -17,13 +17,15 @@ public:
     static constexpr std::uint64_t Unknown = 1;
 
     ChangeCounter() = default;
-    ~ChangeCounter();
     ChangeCounter(const ChangeCounter&) = delete;
     ChangeCounter& operator=(const ChangeCounter&) = delete;
 
-    // Maps the file and makes it if it is missing. Who may not write it can still read along.
+    // Maps the file and makes it if it is missing. Who may not write it can still read along. A map
+    // that was there before stays in place, as some thread may just look at it.
     void open(const std::string& path, mode_t mode);
-    void close();
+
+    // The number itself; null when there is no file.
+    const std::uint64_t* number() const { return m_number; }
 
     // Unknown when there is no file.
     std::uint64_t value() const;

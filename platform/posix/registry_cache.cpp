@@ -26,7 +26,6 @@ RegistryCache::RegistryCache(RegistryDatabase::Place place) : m_database(std::mo
 
 KeyId RegistryCache::find(KeyId from, KeyNames names)
 {
-    checkFiles();
     if (!refresh())
         return names.empty() && isEmptyRoot(from) ? RootKey : NoKey;
     if (names.empty())
@@ -47,17 +46,17 @@ KeyId RegistryCache::findOrCreate(KeyId from, KeyNames names)
     return isCreated ? key : NoKey;
 }
 
-// Someone may remove or exchange the files under a running program. Opening a key is a good moment
-// to notice, and now and then is often enough.
-void RegistryCache::checkFiles()
+bool RegistryCache::checkFiles()
 {
     const std::int64_t now = milliseconds();
     if (now < m_nextCheck)
-        return;
+        return false;
     m_nextCheck = now + CheckMilliseconds;
     m_changeNumber = ChangeCounter::Unknown;
-    if (m_database.isExchanged())
+    const bool isExchanged = m_database.isExchanged();
+    if (isExchanged)
         close();
+    return isExchanged;
 }
 
 // Whatever is asked for next has to pass refreshSlowly(), which opens the database.
@@ -171,8 +170,7 @@ const StoredValue* RegistryCache::value(Key& key, std::string_view name)
         return nullptr;
     KnownKey& entry = known(key);
     const auto found = entry.values.find(name);
-    const StoredValue* value = found != entry.values.end() ? &found->second : readValue(key, name);
-    return value != nullptr && value->exists ? value : nullptr;
+    return found != entry.values.end() ? &found->second : readValue(key, name);
 }
 
 const StoredValue* RegistryCache::readValue(Key& key, std::string_view name)

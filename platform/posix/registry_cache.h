@@ -51,7 +51,15 @@ public:
     KeyId find(KeyId from, KeyNames names);
     KeyId findOrCreate(KeyId from, KeyNames names);
 
-    // Null if there is no such value.
+    // True if other files stand in the place of the old ones by now: what was read is of no more
+    // use. Looks only now and then, which is often enough.
+    bool checkFiles();
+
+    // The change counter, and its number for which everything that was read is right.
+    const std::uint64_t* counter() const { return m_database.counter(); }
+    std::uint64_t changeNumber() const { return m_changeNumber; }
+
+    // Null if it could not be looked up.
     const StoredValue* value(Key& key, std::string_view name);
     bool writeValue(Key& key, std::string_view name, std::uint32_t kind, std::string_view data);
     bool removeValue(Key& key, std::string_view name);
@@ -67,7 +75,6 @@ public:
 private:
     using List = bool (RegistryDatabase::*)(KeyId key, std::vector<std::string>& names);
 
-    void checkFiles();
     bool refresh();
     bool refreshSlowly();
     bool isEmptyRoot(KeyId key);

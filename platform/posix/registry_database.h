@@ -60,6 +60,7 @@ public:
     // Other files, or none, stand in the place of the open ones by now.
     bool isExchanged() const;
 
+    const std::uint64_t* counter() const { return m_counter.number(); }
     std::uint64_t changeNumber() const { return m_counter.value(); }
     // SQLite's own number for what others have changed since the opening; -1 on failure. Takes some
     // system calls.

@@ -1,5 +1,6 @@
 #include "platform/registry_store.h"
 
+#include "platform/posix/recent_values.h"
 #include "platform/posix/registry_cache.h"
 
 #include <array>
@@ -125,6 +126,7 @@ public:
         return isKnown ? &m_hives[static_cast<std::size_t>(number)] : nullptr;
     }
 
+    RecentValues recent;
     std::mutex mutex;
     OpenKeys keys;
 
@@ -178,7 +180,18 @@ public:
     {
         if (hive == nullptr)
             return nullptr;
+        // Someone may remove or exchange the files under a running program. Opening a key is a good
+        // moment to notice.
+        if (hive->checkFiles())
+            m_store.recent.clear();
         return keys().add(hive, create ? hive->findOrCreate(from, names) : hive->find(from, names));
+    }
+
+    void remember(KeyHandle key, const RegistryCache& hive, const std::string& name,
+                  const StoredValue& value)
+    {
+        if (hive.changeNumber() != ChangeCounter::Unknown)
+            m_store.recent.store(key, name, value, hive.counter(), hive.changeNumber());
     }
 
 private:
@@ -231,32 +244,37 @@ void closeKey(KeyHandle key)
     LockedStore().keys().remove(key);
 }
 
-bool readValue(KeyHandle key, const char* name, std::uint32_t& kind, std::string& data)
+bool readValue(KeyHandle key, const std::string& name, ValueReceiver& receiver)
 {
+    bool exists = false;
+    if (Store::get().recent.read(key, name, exists, receiver))
+        return exists;
     LockedStore store;
     OpenKeys::Entry* entry = store.keys().find(key);
-    const StoredValue* value = entry != nullptr ? entry->hive->value(entry->key, name) : nullptr;
+    const StoredValue* value =
+        entry != nullptr ? entry->hive->value(entry->key, name.c_str()) : nullptr;
     if (value == nullptr)
         return false;
-    kind = value->kind;
-    data = value->data;
-    return true;
+    store.remember(key, *entry->hive, name, *value);
+    if (value->exists)
+        receiver.receive(value->kind, value->data);
+    return value->exists;
 }
 
-bool writeValue(KeyHandle key, const char* name, std::uint32_t kind, const void* data,
+bool writeValue(KeyHandle key, const std::string& name, std::uint32_t kind, const void* data,
                 std::size_t size)
 {
     LockedStore store;
     OpenKeys::Entry* entry = store.keys().find(key);
     const std::string_view bytes(static_cast<const char*>(data), size);
-    return entry != nullptr && entry->hive->writeValue(entry->key, name, kind, bytes);
+    return entry != nullptr && entry->hive->writeValue(entry->key, name.c_str(), kind, bytes);
 }
 
-bool removeValue(KeyHandle key, const char* name)
+bool removeValue(KeyHandle key, const std::string& name)
 {
     LockedStore store;
     OpenKeys::Entry* entry = store.keys().find(key);
-    return entry != nullptr && entry->hive->removeValue(entry->key, name);
+    return entry != nullptr && entry->hive->removeValue(entry->key, name.c_str());
 }
 
 bool removeTree(KeyHandle parent, KeyNames names)

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace Tools::Platform {
@@ -120,39 +121,42 @@ void closeKey(KeyHandle key)
     ::RegCloseKey(key);
 }
 
-bool readValue(KeyHandle key, const char* name, std::uint32_t& kind, std::string& data)
+bool readValue(KeyHandle key, const std::string& name, ValueReceiver& receiver)
 {
-    char buffer[512];
-    DWORD type = 0;
-    DWORD size = sizeof buffer;
+    std::array<char, 512> buffer;
+    std::string large;
+    char* data = buffer.data();
+    DWORD kind = 0;
+    DWORD size = static_cast<DWORD>(buffer.size());
     LONG result =
-        ::RegQueryValueExA(key, name, nullptr, &type, reinterpret_cast<BYTE*>(buffer), &size);
-    if (result == ERROR_SUCCESS)
-        data.assign(buffer, size);
+        ::RegQueryValueExA(key, name.c_str(), nullptr, &kind, reinterpret_cast<BYTE*>(data), &size);
     // The value may grow between two calls.
     while (result == ERROR_MORE_DATA) {
-        data.assign(size, '\0');
-        result = ::RegQueryValueExA(key, name, nullptr, &type, reinterpret_cast<BYTE*>(data.data()),
-                                    &size);
-        data.resize(result == ERROR_SUCCESS ? size : data.size());
+        large.resize(size);
+        data = large.data();
+        result = ::RegQueryValueExA(key, name.c_str(), nullptr, &kind,
+                                    reinterpret_cast<BYTE*>(data), &size);
     }
-    kind = type;
-    return result == ERROR_SUCCESS;
+    if (result != ERROR_SUCCESS)
+        return false;
+    receiver.receive(kind, std::string_view(data, size));
+    return true;
 }
 
-bool writeValue(KeyHandle key, const char* name, std::uint32_t kind, const void* data,
+bool writeValue(KeyHandle key, const std::string& name, std::uint32_t kind, const void* data,
                 std::size_t size)
 {
     const OpenKey writable(open(key, {}, false, KEY_WRITE));
     return writable.get() != nullptr && size <= MAXDWORD &&
-           ::RegSetValueExA(writable.get(), name, 0, kind, static_cast<const BYTE*>(data),
+           ::RegSetValueExA(writable.get(), name.c_str(), 0, kind, static_cast<const BYTE*>(data),
                             static_cast<DWORD>(size)) == ERROR_SUCCESS;
 }
 
-bool removeValue(KeyHandle key, const char* name)
+bool removeValue(KeyHandle key, const std::string& name)
 {
     const OpenKey writable(open(key, {}, false, KEY_WRITE));
-    return writable.get() != nullptr && ::RegDeleteValueA(writable.get(), name) == ERROR_SUCCESS;
+    return writable.get() != nullptr &&
+           ::RegDeleteValueA(writable.get(), name.c_str()) == ERROR_SUCCESS;
 }
 
 bool removeTree(KeyHandle parent, KeyNames names)
