@@ -4,7 +4,8 @@ usage: report.py GOALS FILE...
 
 Rows are named GROUP/NAME[/ARGUMENTS]; the row named `mdtools` is ours. A ratio is the peer's median
 time divided by ours (above 1: we are faster). GOALS holds lines `GROUP[/ARGUMENTS] PEER RATIO`, where
-PEER may be `best` for the fastest of all peers present.
+PEER may be `best` for the fastest of all peers present; a line without arguments holds for all of its
+group that have no line of their own.
 """
 
 import json
@@ -41,6 +42,16 @@ def goals(file):
     return table
 
 
+def goal_of(wanted, group, peer):
+    """The goal of a group with its arguments, or of the shortened group; None if there is none."""
+    while True:
+        if (group, peer) in wanted:
+            return wanted[(group, peer)]
+        if "/" not in group:
+            return None
+        group = group.rsplit("/", 1)[0]
+
+
 def main(arguments):
     if len(arguments) < 2:
         sys.exit(__doc__)
@@ -53,9 +64,9 @@ def main(arguments):
         best = min(rows, key=rows.get)
         for peer, time in sorted(rows.items(), key=lambda row: row[1]):
             ratio = time / ours
-            goal = wanted.get((group, peer))
+            goal = goal_of(wanted, group, peer)
             if goal is None and peer == best:
-                goal = wanted.get((group, "best"))
+                goal = goal_of(wanted, group, "best")
             mark = "" if goal is None else f"{goal:6.2f}" + ("" if ratio >= goal else "  MISSED")
             print(f"{group:44} {peer:22} {ours:10.1f}ns {time:10.1f}ns {ratio:8.2f} {mark}")
 
