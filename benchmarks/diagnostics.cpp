@@ -1,4 +1,5 @@
 #include <mdtools/debug_output.h>
+#include <mdtools/logger.h>
 
 #include "diagnostics/debug_sender.h"
 #include "platform/debug_receiver.h"
@@ -12,6 +13,13 @@
 #include <string>
 #include <thread>
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#ifdef MDTOOLS_WITH_SPDLOG
+#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/spdlog.h>
+#endif
 #ifdef MDTOOLS_WITH_ZMQ
 #include <zmq.h>
 #endif
@@ -121,6 +129,55 @@ void zmqCall(benchmark::State& state)
     ::zmq_ctx_term(context);
 }
 BENCHMARK(zmqCall)->Name("debug_connected/zeromq")->UseRealTime();
+#endif
+
+// A line of 80 characters with its end, on its way to the disk when the call returns.
+std::string logLine()
+{
+    return std::string(80, 'x');
+}
+
+std::string logPath(const char* name)
+{
+    return runDirectory() + "/" + name;
+}
+
+void loggerLine(benchmark::State& state)
+{
+    Tools::FileLogger logger(logPath("mdtools.log"));
+    logger.initialize();
+    const std::string line = logLine();
+    for (auto step : state)
+        logger.writeLine(line);
+    std::filesystem::remove(logPath("mdtools.log"));
+}
+BENCHMARK(loggerLine)->Name("log_line/mdtools");
+
+void bareWrite(benchmark::State& state)
+{
+    const std::string path = logPath("write.log");
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    const std::string line = logLine() + "\n";
+    for (auto step : state)
+        benchmark::DoNotOptimize(::write(file, line.data(), line.size()));
+    ::close(file);
+    std::filesystem::remove(path);
+}
+BENCHMARK(bareWrite)->Name("log_line/write");
+
+#ifdef MDTOOLS_WITH_SPDLOG
+void spdlogLine(benchmark::State& state)
+{
+    const auto logger = spdlog::basic_logger_st("bench", logPath("spdlog.log"));
+    logger->set_pattern("%v");
+    logger->flush_on(spdlog::level::info);
+    const std::string line = logLine();
+    for (auto step : state)
+        logger->info(line);
+    spdlog::drop("bench");
+    std::filesystem::remove(logPath("spdlog.log"));
+}
+BENCHMARK(spdlogLine)->Name("log_line/spdlog");
 #endif
 
 }
