@@ -3,6 +3,7 @@
 #ifdef _WIN32
 #include <windows.h>
 #else
+#include <csignal>
 #include <filesystem>
 #include <iterator>
 
@@ -22,6 +23,13 @@ long runForked(int (*)())
 bool appendsInOneStep()
 {
     return ::GetProcAddress(::GetModuleHandleA("ntdll.dll"), "wine_get_version") == nullptr;
+}
+
+void interrupt(unsigned long) {}
+
+bool handlesMessagesWhileTracing()
+{
+    return true;
 }
 
 int countHandles()
@@ -46,6 +54,16 @@ long runForked(int (*function)())
 bool appendsInOneStep()
 {
     return true;
+}
+
+void interrupt(unsigned long processId)
+{
+    ::kill(static_cast<pid_t>(processId), SIGINT);
+}
+
+bool handlesMessagesWhileTracing()
+{
+    return false;
 }
 
 int countHandles()

@@ -11,6 +11,12 @@ long runForked(int (*function)());
 // other's lines.
 bool appendsInOneStep();
 
+// Asks a process to end as Ctrl-C does. Nothing happens on Windows, where that takes a console.
+void interrupt(unsigned long processId);
+
+// A thread that waits for the answer to a trace handles messages to its windows meanwhile.
+bool handlesMessagesWhileTracing();
+
 // How many handles or descriptors this process holds just now.
 int countHandles();
 
