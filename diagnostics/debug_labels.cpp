@@ -3,6 +3,8 @@
 #include <mdtools/registry.h>
 #include <mdtools/strings.h>
 
+#include "diagnostics/debug_sender.h"
+
 #include <atomic>
 #include <memory>
 #include <set>
@@ -52,7 +54,9 @@ bool contains(const std::string& label)
 
 void release()
 {
-    delete s_labels.exchange(nullptr);
+    const Labels* labels = s_labels.exchange(nullptr);
+    if (!DebugSender::isUsed())
+        delete labels;
 }
 
 }

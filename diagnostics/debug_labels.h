@@ -8,7 +8,7 @@ namespace Tools::DebugLabels {
 // Reads the settings at the first call, once for the process.
 bool contains(const std::string& label);
 
-// Frees what the first call has read; no thread is using it any more.
+// Forgets what the first call has read, and frees it unless some thread is using it just now.
 void release();
 
 }

@@ -26,9 +26,7 @@ std::atomic<bool> s_receiverFound{false};
 std::atomic<bool> s_handlersSet{false};
 char* s_block = nullptr;
 
-// The thread that holds the block, and what it has been asked to send meanwhile; only that thread
-// looks at the second.
-std::atomic<std::thread::id> s_holder{};
+// What the thread that holds the block has been asked to send meanwhile; only that thread may look.
 std::vector<std::string>* s_postponed = nullptr;
 
 void endAll()
@@ -37,8 +35,7 @@ void endAll()
     if (Platform::otherThreadsWereStopped())
         return;
     end();
-    if (s_users.load() == 0)
-        DebugLabels::release();
+    DebugLabels::release();
 }
 
 // The link is Connecting, so one thread at a time comes here.
@@ -82,25 +79,17 @@ void sendPieces(std::string_view text)
     }
 }
 
-// Holds the block for one message, and for what this thread is asked to send meanwhile.
-class Hold {
+// Sends one message, and then what this thread is asked to send meanwhile.
+class Delivery {
 public:
-    Hold()
-    {
-        Platform::takeDebugBlock();
-        s_postponed = &m_postponed;
-        s_holder = std::this_thread::get_id();
-    }
-    ~Hold()
-    {
-        s_holder = std::thread::id();
-        Platform::releaseDebugBlock();
-    }
-    Hold(const Hold&) = delete;
-    Hold& operator=(const Hold&) = delete;
+    Delivery() { s_postponed = &m_postponed; }
+    ~Delivery() { Platform::releaseDebugBlock(); }
+    Delivery(const Delivery&) = delete;
+    Delivery& operator=(const Delivery&) = delete;
 
-    void sendPostponed()
+    void send(const char* message)
     {
+        sendPieces(message);
         for (std::size_t i = 0; i < m_postponed.size(); ++i) {
             const std::string text = std::move(m_postponed[i]);
             sendPieces(text);
@@ -117,13 +106,12 @@ void sendText(const char* text)
         return;
     // Waiting for the receiver, the system may let this thread answer other windows, whose code
     // may trace. The block is taken then, and waiting for it would be for ever.
-    if (s_holder == std::this_thread::get_id()) {
+    if (Platform::holdsDebugBlock()) {
         s_postponed->emplace_back(text);
         return;
     }
-    Hold hold;
-    sendPieces(text);
-    hold.sendPostponed();
+    if (Platform::takeDebugBlock())
+        Delivery().send(text);
 }
 
 }
@@ -136,6 +124,11 @@ Use::Use()
 Use::~Use()
 {
     s_users.fetch_sub(1);
+}
+
+bool isUsed()
+{
+    return s_users.load() != 0;
 }
 
 bool connect()
@@ -173,7 +166,7 @@ void end()
     if (before != Link::Open && before != Link::Lost)
         return;
     Platform::removeDebugNames();
-    if (s_users.load() == 0)
+    if (!isUsed())
         Platform::closeDebugChannel();
 }
 
@@ -181,7 +174,6 @@ void restart()
 {
     Platform::abandonDebugChannel();
     s_users = 0;
-    s_holder = std::thread::id();
     s_link = Link::Unknown;
 }
 

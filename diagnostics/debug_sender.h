@@ -33,6 +33,7 @@ public:
     Use(const Use&) = delete;
     Use& operator=(const Use&) = delete;
 };
+bool isUsed();
 
 // Closes the connection for good. What other threads are using just now is left to the system.
 void end();

@@ -16,9 +16,12 @@ bool findDebugReceiver();
 // Makes the block and the event for the receiver that was found. Null if that fails.
 char* openDebugBlock();
 
-// Waits without limit until the block is free, and takes it for the calling thread.
-void takeDebugBlock();
+// Waits without limit until the block is free, and takes it for the calling thread. False if the
+// thread that has it was stopped at the end of the process.
+bool takeDebugBlock();
 void releaseDebugBlock();
+// The calling thread has taken the block.
+bool holdsDebugBlock();
 
 // Tells the receiver that a piece stands in the block, and waits until it has read it. False: the
 // receiver is gone for good.

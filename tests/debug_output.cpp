@@ -1,11 +1,13 @@
 #include <mdtools/debug_output.h>
 
+#include <mdtools/message_window.h>
 #include <mdtools/registry.h>
 
 #include "diagnostics/date_time.h"
 #include "diagnostics/debug_labels.h"
 #include "diagnostics/debug_sender.h"
 #include "platform/debug_channel.h"
+#include "platform/window.h"
 #include "support/child_process.h"
 #include "support/module.h"
 #include "support/process_probe.h"
@@ -62,6 +64,10 @@ bool hasName(const std::string& name, std::uint32_t sender)
 TEST_F(DebugOutput, isSilentForGoodWithoutReceiver)
 {
     EXPECT_FALSE(Tools::DebugReceiver::get()->checkWindow());
+    std::error_code ignored;
+    const std::string self = std::filesystem::read_symlink("/proc/self", ignored).string();
+    EXPECT_FALSE(std::filesystem::exists("/dev/shm/MdDebugTransferMemory" + self));
+    EXPECT_FALSE(std::filesystem::exists("/dev/shm/sem.MdDebugTransferMemoryEvent" + self));
     const TestReceiver receiver;
     ASSERT_TRUE(receiver.running());
     Tools::debugPrintf("late\n");
@@ -302,6 +308,22 @@ TEST_F(DebugOutput, sendsMessagesOfThreadsWhole)
         ASSERT_EQ(sent[i + 1], "middle\n");
         ASSERT_EQ(sent[i + 2], name + " end");
     }
+}
+
+// Waiting for the block that its own thread has taken, such a handler would wait for ever.
+TEST_F(DebugOutput, sendsWhatAWindowTracesMeanwhileAfterwards)
+{
+    if (!handlesMessagesWhileTracing())
+        GTEST_SKIP() << "no window is answered while this system waits for the receiver";
+    constexpr unsigned int Message = Tools::MessageWindow::FirstMessage;
+    Tools::MessageWindow window([](unsigned int) { Tools::debugPrintf("inner\nend"); });
+    const TestReceiver receiver([&](const Piece& piece) {
+        if (piece.text == "outer\n")
+            Tools::Platform::sendMessage(window.handle(), Message);
+    });
+    Tools::debugPrintf("outer\nrest\n");
+    Tools::debugPrintf("next");
+    EXPECT_THAT(texts(receiver), ElementsAre("outer\n", "rest\n", "inner\n", "end", "next"));
 }
 
 TEST_F(DebugOutput, survivesReceiverThatDies)

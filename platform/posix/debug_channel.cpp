@@ -1,9 +1,12 @@
 #include "platform/debug_channel.h"
 
 #include "platform/posix/debug_socket.h"
+#include "platform/posix/patience.h"
 
+#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
+#include <pthread.h>
 #include <semaphore.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
@@ -13,8 +16,7 @@ namespace Tools::Platform {
 
 namespace {
 
-// How often an answer is asked for before the thread sleeps: some 20 microseconds, more than an
-// awake receiver needs and less than falling asleep and waking up would cost.
+// Some 20 microseconds.
 constexpr int AnswerTries = 100;
 
 // A receiver that does not take connections any more is given up after this time.
@@ -24,6 +26,8 @@ int s_socket = -1;
 void* s_block = nullptr;
 sem_t* s_event = nullptr;
 std::uint32_t s_process = 0;
+std::atomic<pthread_t> s_holder{0};
+Patience s_patience(AnswerTries);
 
 int connectTo(const sockaddr_un& address)
 {
@@ -87,11 +91,14 @@ ssize_t receive(int flags)
 
 bool waitForAnswer()
 {
-    for (int i = 0; i < AnswerTries; ++i) {
+    for (int tries = s_patience.next(); tries > 0; --tries) {
         const ssize_t count = receive(MSG_DONTWAIT);
-        if (count >= 0 || (errno != EAGAIN && errno != EWOULDBLOCK))
-            return count > 0;
+        if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK))
+            continue;
+        s_patience.succeeded();
+        return count > 0;
     }
+    s_patience.failed();
     return receive(0) > 0;
 }
 
@@ -122,15 +129,23 @@ char* openDebugBlock()
     return s_event ? static_cast<char*>(s_block) : nullptr;
 }
 
-void takeDebugBlock()
+bool takeDebugBlock()
 {
     while (::sem_wait(s_event) != 0 && errno == EINTR) {
     }
+    s_holder = ::pthread_self();
+    return true;
 }
 
 void releaseDebugBlock()
 {
+    s_holder = 0;
     ::sem_post(s_event);
+}
+
+bool holdsDebugBlock()
+{
+    return s_holder == ::pthread_self();
 }
 
 bool deliverDebugBlock()
@@ -166,6 +181,7 @@ void abandonDebugChannel()
     // A forked child keeps the event's mapping: closing it takes a lock that another thread of the
     // parent may have held.
     s_event = nullptr;
+    s_holder = 0;
     if (s_block)
         ::munmap(s_block, DebugBlockSize);
     s_block = nullptr;

@@ -3,6 +3,7 @@
 #include "platform/debug_channel.h"
 #include "platform/posix/debug_socket.h"
 #include "platform/posix/file_descriptor.h"
+#include "platform/posix/patience.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -26,9 +27,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// After a piece the next one is asked for so often, some 40 microseconds, before the thread sleeps;
-// and so often at most before it looks after the others.
+// Some 40 microseconds.
 constexpr int IdleRounds = 200;
+// After so many rounds the others are looked after, busy as these senders may be.
 constexpr int MostRounds = 1000;
 
 // A sender's block, opened at its first piece and kept until the sender goes.
@@ -118,18 +119,25 @@ bool serve(Sender& sender, const DebugPieceHandler& handler)
     return true;
 }
 
-// Serves `active` as long as pieces keep coming. While a sender is busy, asking again and again is
-// quicker than sleeping until the system wakes this thread.
-void serveWhileAwake(const std::vector<Sender*>& active, const DebugPieceHandler& handler)
+// Serves `active` as long as pieces keep coming.
+void serveWhileAwake(const std::vector<Sender*>& active, const DebugPieceHandler& handler,
+                     Patience& patience)
 {
-    int idle = 0;
-    for (int round = 0; round < MostRounds && idle < IdleRounds; ++round) {
-        ++idle;
+    int pieces = 0;
+    int idle = patience.next();
+    for (int round = 0; round < MostRounds && (round == 0 || idle > 0); ++round) {
+        --idle;
         for (Sender* sender : active) {
-            if (serve(*sender, handler))
-                idle = 0;
+            if (!serve(*sender, handler))
+                continue;
+            idle = patience.next();
+            ++pieces;
         }
     }
+    if (pieces > 1)
+        patience.succeeded();
+    else
+        patience.failed();
 }
 
 bool isAnswering(const sockaddr_un& address)
@@ -159,6 +167,7 @@ struct DebugListener::State {
     std::list<Sender> senders;
     // No descriptor is left for another sender.
     bool full = false;
+    Patience patience{IdleRounds};
 
     Start listenIn(const std::string& directory);
     void accept();
@@ -261,7 +270,7 @@ void DebugListener::run(const DebugPieceHandler& handler, std::chrono::milliseco
             if (list[i++].revents != 0)
                 active.push_back(&sender);
         }
-        serveWhileAwake(active, handler);
+        serveWhileAwake(active, handler, m_state->patience);
         m_state->removeGone();
         m_state->accept();
     }

@@ -1,6 +1,9 @@
 #include "platform/debug_channel.h"
 
+#include "platform/lifetime.h"
 #include "platform/windows/debug_names.h"
+
+#include <atomic>
 
 #include <windows.h>
 
@@ -14,6 +17,7 @@ DWORD s_process = 0;
 HANDLE s_mapping = nullptr;
 HANDLE s_event = nullptr;
 void* s_block = nullptr;
+std::atomic<DWORD> s_holder{0};
 
 void close(HANDLE& handle)
 {
@@ -46,14 +50,26 @@ char* openDebugBlock()
     return s_event ? static_cast<char*>(s_block) : nullptr;
 }
 
-void takeDebugBlock()
+bool takeDebugBlock()
 {
-    ::WaitForSingleObject(s_event, INFINITE);
+    constexpr DWORD Pause = 100;
+    while (::WaitForSingleObject(s_event, Pause) == WAIT_TIMEOUT) {
+        if (otherThreadsWereStopped())
+            return false;
+    }
+    s_holder = ::GetCurrentThreadId();
+    return true;
 }
 
 void releaseDebugBlock()
 {
+    s_holder = 0;
     ::SetEvent(s_event);
+}
+
+bool holdsDebugBlock()
+{
+    return s_holder == ::GetCurrentThreadId();
 }
 
 bool deliverDebugBlock()
@@ -75,6 +91,7 @@ void closeDebugChannel()
     close(s_mapping);
     close(s_event);
     s_receiver = nullptr;
+    s_holder = 0;
 }
 
 void abandonDebugChannel()

@@ -37,12 +37,16 @@ struct LateWriter {
     }
 } s_lateWriter;
 
-int writeLines(const std::string& tag, int count)
+void waitForTheEnd()
+{
+    std::this_thread::sleep_for(std::chrono::minutes(1));
+}
+
+void writeLines(const std::string& tag, int count)
 {
     for (int i = 0; i < count; ++i)
         LoggerManager::get().writeFormatedLine("%s %d %s", tag.c_str(), i,
                                                std::string(100, tag[0]).c_str());
-    return 0;
 }
 
 }
@@ -53,7 +57,7 @@ int main(int count, char** arguments)
         return 2;
     const std::string what = arguments[1];
     if (what == "sleep") {
-        std::this_thread::sleep_for(std::chrono::seconds(std::atoi(arguments[2])));
+        waitForTheEnd();
         return 0;
     }
     const bool isLate = what == "late";
@@ -63,5 +67,8 @@ int main(int count, char** arguments)
     LoggerManager::get().add(logger);
     if (isLate)
         s_lateWriter.logger = logger;
-    return writeLines(what, std::atoi(arguments[3]));
+    writeLines(what, std::atoi(arguments[3]));
+    if (what == "hold")
+        waitForTheEnd();
+    return 0;
 }
