@@ -1,10 +1,8 @@
 #include "text/code_page.h"
+#include "text/compare.h"
 
 #include <mdtools/encoding.h>
 #include <mdtools/strings.h>
-
-#include <cstring>
-#include <string_view>
 
 namespace Tools {
 
@@ -17,11 +15,10 @@ unsigned lowerCharacter(const CodePage& page, const char* p, std::size_t bytes)
                       : page.lower().pairs[CodePage::pairAt(p)];
 }
 
-// Equal after toLower, for two texts of one size. Lowering keeps the size of a character, so that
-// equal texts have their characters at the same places.
-bool isEqualLowered(const char* a, const char* b, std::size_t size)
+// Lowering keeps the size of a character, so that texts that are equal when lowered have their
+// characters at the same places.
+bool isEqualByCharacters(const CodePage& page, const char* a, const char* b, std::size_t size)
 {
-    const CodePage& page = CodePage::get();
     const char* const end = a + size;
     const char* const endB = b + size;
     while (a < end) {
@@ -35,9 +32,17 @@ bool isEqualLowered(const char* a, const char* b, std::size_t size)
     return true;
 }
 
+// Equal after toLower, for two texts of one size.
+bool isEqualLowered(const char* a, const char* b, std::size_t size)
+{
+    const CodePage& page = CodePage::get();
+    return (page.hasPlainAscii() && Comparing::isSameButCase(a, b, size)) ||
+           isEqualByCharacters(page, a, b, size);
+}
+
 bool isEqual(const char* a, const std::string& b, bool caseSensitive)
 {
-    return caseSensitive ? std::memcmp(a, b.data(), b.size()) == 0
+    return caseSensitive ? Comparing::isSame(a, b.data(), b.size())
                          : isEqualLowered(a, b.data(), b.size());
 }
 

@@ -61,6 +61,9 @@ CodePage::CodePage()
         }
     }
     readCase();
+    m_hasPlainAscii = !m_hasLeadBytes;
+    for (unsigned char c = 'A'; c <= 'Z'; ++c)
+        m_hasPlainAscii = m_hasPlainAscii && m_lower.singles[c] == m_lower.singles[c + 0x20U];
 }
 
 void CodePage::readCase()

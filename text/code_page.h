@@ -42,6 +42,9 @@ public:
         // Empty in single-byte pages.
         std::vector<std::uint16_t> pairs;
     };
+    // Every byte is a character, and the ASCII letters have their usual partners.
+    bool hasPlainAscii() const { return m_hasPlainAscii; }
+
     const CaseMap& lower() const { return m_lower; }
     const CaseMap& upper() const { return m_upper; }
 
@@ -50,6 +53,7 @@ private:
     void readCase();
 
     bool m_hasLeadBytes = false;
+    bool m_hasPlainAscii = false;
     ByteFlags m_isLead{};
     CaseMap m_lower;
     CaseMap m_upper;

@@ -1,6 +1,7 @@
 #include "text/conversion.h"
 
 #include "platform/codepage.h"
+#include "text/single_byte_page.h"
 
 #include <cstring>
 #include <cwchar>
@@ -11,11 +12,17 @@ namespace {
 
 std::wstring widen(const char* text, std::size_t size)
 {
+    const SingleBytePage* const page = SingleBytePage::get();
+    if (page != nullptr)
+        return page->toWide({text, size});
     return size == 0 ? std::wstring() : Platform::codePageToWide(text, size);
 }
 
 std::string narrow(const wchar_t* text, std::size_t size)
 {
+    const SingleBytePage* const page = SingleBytePage::get();
+    if (page != nullptr)
+        return page->toNarrow({text, size});
     return size == 0 ? std::string() : Platform::wideToCodePage(text, size);
 }
 

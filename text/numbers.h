@@ -41,24 +41,35 @@ constexpr bool isDigit(Char c)
     return c >= '0' && c <= '9';
 }
 
+// Ten digits are below 2^34; more are, too, if the first ones are zeros.
+template <class Char>
+std::uint64_t magnitudeOfMany(const Char* digits, const Char* end)
+{
+    while (digits != end && *digits == '0')
+        ++digits;
+    if (end - digits > 10)
+        return std::uint64_t{1} << 34;
+    std::uint64_t magnitude = 0;
+    for (; digits != end; ++digits)
+        magnitude = magnitude * 10 + static_cast<std::uint64_t>(*digits - '0');
+    return magnitude;
+}
+
 // A text that ends with a terminator may be given with a null `last`.
 template <class Char>
-Integer readInteger(const Char* p, const Char* last)
+inline Integer readInteger(const Char* p, const Char* last)
 {
-    constexpr std::uint64_t Limit = std::uint64_t{1} << 34;
     Integer result;
     while (p != last && isSpace(*p))
         ++p;
     if (p != last && (*p == '+' || *p == '-'))
         result.isNegative = *p++ == '-';
-    std::uint64_t value = 0;
     const Char* const digits = p;
-    for (; p != last && isDigit(*p); ++p) {
-        if (value < Limit)
-            value = value * 10 + static_cast<std::uint64_t>(*p - '0');
-    }
+    for (; p != last && isDigit(*p); ++p)
+        result.magnitude = result.magnitude * 10 + static_cast<std::uint64_t>(*p - '0');
     result.hasDigits = p != digits;
-    result.magnitude = value < Limit ? value : Limit;
+    if (p - digits > 10)
+        result.magnitude = magnitudeOfMany(digits, p);
     return result;
 }
 

@@ -1,3 +1,4 @@
+#include "text/decimal.h"
 #include "text/numbers.h"
 
 #include <mdtools/encoding.h>
@@ -24,7 +25,7 @@ template <class Result, class Char>
 mdt::Nullable<Result> parseSigned(const Char* first, const Char* last)
 {
     const Numbers::Integer number = Numbers::readInteger(first, last);
-    if (!number.hasDigits || number.magnitude > SignedLimit - (number.isNegative ? 0 : 1))
+    if (!number.hasDigits || number.magnitude >= SignedLimit + std::uint64_t{number.isNegative})
         return {};
     return static_cast<Result>(signedValue(number));
 }
@@ -38,6 +39,9 @@ std::int32_t saturated(const char* first, const char* last)
 
 mdt::Nullable<double> parseReal(const char* first, const char* last)
 {
+    double value = 0.0;
+    if (Numbers::readPlainReal(first, last, value))
+        return value;
     const Numbers::Real number = Numbers::readReal(first, last);
     if (number.end == first || number.isOutOfRange)
         return {};

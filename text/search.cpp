@@ -2,51 +2,43 @@
 
 #include "text/code_page.h"
 
-namespace Tools {
+#include <type_traits>
 
-namespace {
+namespace Tools {
 
 using Comparing::Exact;
 using Comparing::load16;
 using Comparing::Lowered;
 using Comparing::Nul;
 
-// How many bytes may be compared in vain for each byte that the search moves on.
-constexpr std::size_t ComparedPerByte = 4;
-
-// A byte and the other one that is folded to the same, sixteen times each.
 template <class Folding>
-class ByteFinder {
-public:
-    explicit ByteFinder(char sought)
-    {
-        const unsigned char byte = Folding::byte(sought);
-        const auto upper = static_cast<char>(byte - 0x20);
-        m_byte = _mm_set1_epi8(static_cast<char>(byte));
-        m_upper = Folding::byte(upper) == byte ? _mm_set1_epi8(upper) : m_byte;
-    }
-
-    __m128i find(__m128i block) const
-    {
-        const __m128i found = _mm_cmpeq_epi8(block, m_byte);
-        if constexpr (std::is_same_v<Folding, Exact>)
-            return found;
-        else
-            return _mm_or_si128(found, _mm_cmpeq_epi8(block, m_upper));
-    }
-
-private:
-    __m128i m_byte;
-    __m128i m_upper;
-};
-
+ByteFinder<Folding>::ByteFinder(char sought)
+{
+    const unsigned char byte = Folding::byte(sought);
+    const auto upper = static_cast<char>(byte - 0x20);
+    m_byte = _mm_set1_epi8(static_cast<char>(byte));
+    m_upper = Folding::byte(upper) == byte ? _mm_set1_epi8(upper) : m_byte;
 }
 
 template <class Folding>
-Search<Folding>::Search(std::string_view text, std::string_view sought, By by)
-    : m_text(text), m_sought(sought)
+inline __m128i ByteFinder<Folding>::find(__m128i block) const
 {
-    if (by == By::Character) {
+    const __m128i found = _mm_cmpeq_epi8(block, m_byte);
+    if constexpr (std::is_same_v<Folding, Exact>)
+        return found;
+    else
+        return _mm_or_si128(found, _mm_cmpeq_epi8(block, m_upper));
+}
+
+template <class Folding>
+Search<Folding>::Search(std::string_view text, std::string_view sought, Comparing::By by)
+    : m_text(text),
+      m_sought(sought),
+      m_first(sought.front()),
+      m_last(sought.back()),
+      m_places(text.size() < sought.size() ? 0 : text.size() - sought.size() + 1)
+{
+    if (by == Comparing::By::Character) {
         const CodePage& page = CodePage::get();
         if (page.hasLeadBytes())
             m_isLead = page.leadBytes().data();
@@ -58,109 +50,144 @@ Search<Folding>::Search(std::string_view text, std::string_view sought, By by)
 template <class Folding>
 std::size_t Search<Folding>::next(std::size_t from)
 {
-    if (from > m_text.size() || m_text.size() - from < m_sought.size())
-        return None;
-    if (m_sought.empty())
-        return from;
-    const std::size_t end = m_text.size() - m_sought.size() + 1;
-    std::size_t position = from;
-    m_compared = 0;
-    std::size_t found = findInBlocks(position, end);
-    if (found != None)
-        return found;
-    const unsigned char first = Folding::byte(m_sought.front());
-    for (; position < end && isWorthWhile(position - from); ++position) {
-        if (Folding::byte(m_text[position]) == first && isOccurrence(position))
-            return position;
-    }
-    if (position < end) {
-        visitAll(position, [&found](std::size_t occurrence) {
-            found = occurrence;
-            return false;
-        });
-    }
-    return found;
-}
-
-template <class Folding>
-std::size_t Search<Folding>::last()
-{
-    if (m_sought.size() > m_text.size())
-        return None;
-    if (m_sought.empty())
-        return m_text.size();
-    if (m_isLead == nullptr) {
-        const unsigned char first = Folding::byte(m_sought.front());
-        const std::size_t end = m_text.size() - m_sought.size() + 1;
-        m_compared = 0;
-        std::size_t position = end;
-        while (position > 0 && isWorthWhile(end - position)) {
-            --position;
-            if (Folding::byte(m_text[position]) == first && isOccurrence(position))
-                return position;
-        }
-        if (position == 0)
-            return None;
-    }
-    std::size_t found = None;
-    visitAll(0, [&found](std::size_t occurrence) {
-        found = occurrence;
-        return true;
-    });
-    return found;
-}
-
-// Looks at sixteen places at once: where the first and the last byte fit the whole is compared.
-// Moves `position` to the first place that was not looked at.
-template <class Folding>
-std::size_t Search<Folding>::findInBlocks(std::size_t& position, std::size_t end)
-{
-    const ByteFinder<Folding> first(m_sought.front());
-    const ByteFinder<Folding> last(m_sought.back());
-    const char* const heads = m_text.data();
-    const char* const tails = heads + m_sought.size() - 1;
-    const std::size_t from = position;
-    while (end - position >= 16 && isWorthWhile(position - from)) {
-        auto candidates = static_cast<unsigned>(_mm_movemask_epi8(_mm_and_si128(
-            first.find(load16(heads + position)), last.find(load16(tails + position)))));
-        for (; candidates != 0; candidates &= candidates - 1) {
-            const std::size_t place =
-                position + static_cast<std::size_t>(std::countr_zero(candidates));
-            if (isOccurrence(place))
-                return place;
-        }
-        position += 16;
+    if (!m_failures.empty())
+        return nextWithoutCandidates(from);
+    while (m_candidates != 0 || findCandidates(from)) {
+        const std::size_t place =
+            m_block + static_cast<std::size_t>(std::countr_zero(m_candidates));
+        m_candidates &= m_candidates - 1;
+        if (place < from)
+            continue;
+        if (isOccurrence(place))
+            return place;
+        if (isHopeless(place))
+            return nextWithoutCandidates(place + 1);
     }
     return None;
 }
 
+// Looks at 32 places at once; the last ones are looked at together with some before them.
 template <class Folding>
-bool Search<Folding>::isWorthWhile(std::size_t passed) const
+bool Search<Folding>::findCandidates(std::size_t from)
 {
-    return m_compared <= ComparedPerByte * passed + m_sought.size() + 64;
+    std::size_t position = m_position < from ? from : m_position;
+    while (position < m_places) {
+        m_block = position;
+        if (m_places - position >= 32) {
+            m_candidates = candidatesAt(position) | candidatesAt(position + 16) << 16;
+            position += 32;
+        } else if (m_places - position >= 16) {
+            m_candidates = candidatesAt(position);
+            position += 16;
+        } else if (m_places >= 16) {
+            m_block = m_places - 16;
+            m_candidates = candidatesAt(m_block) >> (position - m_block) << (position - m_block);
+            position = m_places;
+        } else {
+            m_candidates = candidatesOneByOne(position);
+            position = m_places;
+        }
+        if (m_candidates != 0) {
+            m_position = position;
+            return true;
+        }
+    }
+    m_position = position;
+    return false;
 }
 
 template <class Folding>
+std::uint32_t Search<Folding>::candidatesAt(std::size_t position) const
+{
+    const char* const p = m_text.data() + position;
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(
+        _mm_and_si128(m_first.find(load16(p)), m_last.find(load16(p + m_sought.size() - 1)))));
+}
+
+// For the few places from `position` to the end.
+template <class Folding>
+std::uint32_t Search<Folding>::candidatesOneByOne(std::size_t position) const
+{
+    const unsigned char first = Folding::byte(m_sought.front());
+    const unsigned char last = Folding::byte(m_sought.back());
+    const std::size_t tail = m_sought.size() - 1;
+    std::uint32_t candidates = 0;
+    for (std::size_t i = position; i < m_places; ++i) {
+        if (Folding::byte(m_text[i]) == first && Folding::byte(m_text[i + tail]) == last)
+            candidates |= std::uint32_t{1} << (i - position);
+    }
+    return candidates;
+}
+
+// Asked for candidates only: of these the first and the last byte fit.
+template <class Folding>
 bool Search<Folding>::isOccurrence(std::size_t position)
 {
-    const std::size_t same = Comparing::firstDifference<Folding, Nul::Ordinary>(
-        m_text.data() + position, m_sought.data(), m_sought.size());
-    m_compared += same;
-    return same == m_sought.size() && isCharacter(position);
+    const std::size_t size = m_sought.size();
+    if (size > 2) {
+        const std::size_t same = Comparing::firstDifference<Folding, Nul::Ordinary>(
+            m_text.data() + position, m_sought.data(), size);
+        m_compared += same;
+        if (same != size)
+            return false;
+    }
+    return m_isLead == nullptr || isCharacter(position);
+}
+
+// How much may be compared in vain for each byte that the search has moved on.
+template <class Folding>
+bool Search<Folding>::isHopeless(std::size_t passed) const
+{
+    constexpr std::size_t ComparedPerByte = 4;
+    return m_compared > ComparedPerByte * passed + m_sought.size() + 64;
 }
 
 // Asked for ascending positions only.
 template <class Folding>
 bool Search<Folding>::isCharacter(std::size_t position)
 {
-    if (m_isLead == nullptr)
-        return true;
     while (m_character < position) {
         const bool isPair =
             m_isLead[Folding::byte(m_text[m_character])] && m_text[m_character + 1] != '\0';
         m_character += isPair ? 2 : 1;
     }
     return m_character == position;
+}
+
+template <class Folding>
+std::size_t Search<Folding>::nextWithoutCandidates(std::size_t from)
+{
+    std::size_t found = None;
+    visitAll(from, [&found](std::size_t occurrence) {
+        found = occurrence;
+        return false;
+    });
+    return found;
+}
+
+template <class Folding>
+std::size_t Search<Folding>::last()
+{
+    std::size_t found = None;
+    if (m_isLead == nullptr) {
+        const unsigned char first = Folding::byte(m_sought.front());
+        const unsigned char last = Folding::byte(m_sought.back());
+        const std::size_t tail = m_sought.size() - 1;
+        std::size_t place = m_places;
+        while (place > 0 && !isHopeless(m_places - place)) {
+            --place;
+            if (Folding::byte(m_text[place]) == first &&
+                Folding::byte(m_text[place + tail]) == last && isOccurrence(place))
+                return place;
+        }
+        if (place == 0)
+            return None;
+    }
+    visitAll(0, [&found](std::size_t occurrence) {
+        found = occurrence;
+        return true;
+    });
+    return found;
 }
 
 // The method of Knuth, Morris and Pratt: calls visitor(position) for every occurrence, overlapping
@@ -180,7 +207,7 @@ void Search<Folding>::visitAll(std::size_t from, Visitor visitor)
         if (matched < m_sought.size())
             continue;
         const std::size_t position = i + 1 - matched;
-        if (isCharacter(position) && !visitor(position))
+        if ((m_isLead == nullptr || isCharacter(position)) && !visitor(position))
             return;
         matched = m_failures[matched - 1];
     }

@@ -3,24 +3,37 @@
 #include "text/compare.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
 namespace Tools {
 
+// A byte and the other one that is folded to the same, sixteen times each.
+template <class Folding>
+class ByteFinder {
+public:
+    explicit ByteFinder(char sought);
+
+    // All bits of each byte of the block that fits.
+    __m128i find(__m128i block) const;
+
+private:
+    __m128i m_byte;
+    __m128i m_upper;
+};
+
 // Finds the occurrences of one text in another in linear time, whatever the texts. Both must stay
 // as they are while the object lives. NUL bytes are ordinary here. `Folding` is Comparing::Exact or
-// Comparing::Lowered.
+// Comparing::Lowered. By characters an occurrence must begin at a character of the text (in lowered
+// text those are told by the lowered bytes); what follows is compared as bytes.
 template <class Folding>
 class Search {
 public:
     static constexpr std::size_t None = static_cast<std::size_t>(-1);
 
-    // By characters an occurrence must begin at a character of the text (in lowered text those are
-    // told by the lowered bytes); what follows is compared as bytes.
-    enum class By { Byte, Character };
-
-    Search(std::string_view text, std::string_view sought, By by);
+    // `sought` is not empty.
+    Search(std::string_view text, std::string_view sought, Comparing::By by);
 
     // The first occurrence at or behind `from`, which never decreases from call to call.
     std::size_t next(std::size_t from);
@@ -29,24 +42,36 @@ public:
     std::size_t last();
 
 private:
-    std::size_t findInBlocks(std::size_t& position, std::size_t end);
+    bool findCandidates(std::size_t from);
+    std::uint32_t candidatesAt(std::size_t position) const;
+    std::uint32_t candidatesOneByOne(std::size_t position) const;
     bool isOccurrence(std::size_t position);
     bool isCharacter(std::size_t position);
-    bool isWorthWhile(std::size_t passed) const;
+    bool isHopeless(std::size_t passed) const;
+    std::size_t nextWithoutCandidates(std::size_t from);
     template <class Visitor>
     void visitAll(std::size_t from, Visitor visitor);
     void prepareFailures();
 
     std::string_view m_text;
     std::string_view m_sought;
+    ByteFinder<Folding> m_first;
+    ByteFinder<Folding> m_last;
+    // The number of places where the sought text could begin.
+    std::size_t m_places;
+    // Places of the text whose first and last byte fit: one bit for each from m_block on. The next
+    // places to be looked at begin at m_position.
+    std::uint32_t m_candidates = 0;
+    std::size_t m_block = 0;
+    std::size_t m_position = 0;
     // Null when every byte is a character.
     const bool* m_isLead = nullptr;
     // A character of the text begins here; it moves forward with the search.
     std::size_t m_character = 0;
-    // Bytes compared since the search was begun or taken up.
+    // Bytes of candidates that have been compared.
     std::size_t m_compared = 0;
     // For each length of a matched beginning of the sought text, the length of the longest shorter
-    // beginning that ends it.
+    // beginning that ends it. Made when candidates turn out to be too many.
     std::vector<std::size_t> m_failures;
 };
 

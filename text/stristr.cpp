@@ -9,10 +9,12 @@ namespace {
 
 using LoweredSearch = Search<Comparing::Lowered>;
 
-bool contains(const char* text, const char* sub, LoweredSearch::By by)
+bool contains(const char* text, const char* sub, Comparing::By by)
 {
     if (text == nullptr || sub == nullptr)
         return text == sub;
+    if (*sub == '\0')
+        return true;
     LoweredSearch search(text, sub, by);
     return search.next(0) != LoweredSearch::None;
 }
@@ -21,32 +23,32 @@ bool contains(const char* text, const char* sub, LoweredSearch::By by)
 
 bool stristr(const std::string& s, const std::string& sub)
 {
-    return contains(s.c_str(), sub.c_str(), LoweredSearch::By::Character);
+    return contains(s.c_str(), sub.c_str(), Comparing::By::Character);
 }
 
 bool stristr(const std::string& s, const char* sub)
 {
-    return contains(s.c_str(), sub, LoweredSearch::By::Character);
+    return contains(s.c_str(), sub, Comparing::By::Character);
 }
 
 bool stristr(const char* s, const char* sub)
 {
-    return contains(s, sub, LoweredSearch::By::Character);
+    return contains(s, sub, Comparing::By::Character);
 }
 
 bool Mbcs::stristr(const std::string& s, const std::string& sub)
 {
-    return contains(s.c_str(), sub.c_str(), LoweredSearch::By::Byte);
+    return contains(s.c_str(), sub.c_str(), Comparing::By::Byte);
 }
 
 bool Mbcs::stristr(const std::string& s, const char* sub)
 {
-    return contains(s.c_str(), sub, LoweredSearch::By::Byte);
+    return contains(s.c_str(), sub, Comparing::By::Byte);
 }
 
 bool Mbcs::stristr(const char* s, const char* sub)
 {
-    return contains(s, sub, LoweredSearch::By::Byte);
+    return contains(s, sub, Comparing::By::Byte);
 }
 
 }

@@ -1,4 +1,5 @@
 #include "text/byte_set.h"
+#include "text/compare.h"
 
 #include <mdtools/encoding.h>
 #include <mdtools/strings.h>
@@ -7,33 +8,59 @@ namespace Tools {
 
 namespace {
 
-std::string trimmed(const std::string& s, const std::string& chars, bool atStart, bool atEnd)
+// More different bytes are looked up in a set.
+constexpr std::size_t FewBytes = 6;
+
+struct Ends {
+    std::size_t first;
+    std::size_t last;
+};
+
+Ends trimByteByByte(const std::string& s, const std::string& chars)
 {
     const ByteSet set(chars);
-    const char* first = s.data();
-    const char* last = first + s.size();
-    while (atStart && first < last && set.contains(*first))
-        ++first;
-    while (atEnd && first < last && set.contains(last[-1]))
-        --last;
-    return std::string(first, last);
+    Ends ends{0, s.size()};
+    while (ends.first < ends.last && set.contains(s[ends.first]))
+        ++ends.first;
+    while (ends.first < ends.last && set.contains(s[ends.last - 1]))
+        --ends.last;
+    return ends;
+}
+
+// The first and the last eight bytes are looked at together, because loops of a few steps cost most
+// by their unpredictable end.
+Ends trimmedEnds(const std::string& s, const std::string& chars)
+{
+    if (s.size() < 8 || chars.size() > FewBytes)
+        return trimByteByByte(s, chars);
+    const __m128i bytes = Comparing::loadEnds<8>(s.data(), s.size());
+    __m128i found = _mm_setzero_si128();
+    for (const char c : chars)
+        found = _mm_or_si128(found, _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)));
+    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(found));
+    const auto atStart = static_cast<unsigned>(std::countr_zero(~mask | 0x100U));
+    const auto atEnd = static_cast<unsigned>(std::countl_zero(~(mask << 16) | 0x800000U));
+    return atStart == 8 || atEnd == 8 ? trimByteByByte(s, chars) : Ends{atStart, s.size() - atEnd};
 }
 
 }
 
 std::string trim(const std::string& s, const std::string& chars)
 {
-    return trimmed(s, chars, true, true);
+    const Ends ends = trimmedEnds(s, chars);
+    return std::string(s.data() + ends.first, ends.last - ends.first);
 }
 
 std::string trimStart(const std::string& s, const std::string& chars)
 {
-    return trimmed(s, chars, true, false);
+    const std::size_t first = trimmedEnds(s, chars).first;
+    return std::string(s.data() + first, s.size() - first);
 }
 
 std::string trimEnd(const std::string& s, const std::string& chars)
 {
-    return trimmed(s, chars, false, true);
+    const Ends ends = trimmedEnds(s, chars);
+    return std::string(s.data(), ends.first < ends.last ? ends.last : 0);
 }
 
 }

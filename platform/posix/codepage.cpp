@@ -189,14 +189,14 @@ void Page::setPage1252()
 
 // Where two characters of the page mean the same unit the lower one is written, but for the rows
 // and characters that pages 932 and 950 hold for old text only.
-bool isForReadingOnly(unsigned code)
+bool isForReadingOnly(std::size_t code)
 {
     return code >> 8 == 0xED || code >> 8 == 0xEE || code == 0xA2CC || code == 0xA2CE;
 }
 
 void Page::fillNarrow()
 {
-    for (unsigned code = static_cast<unsigned>(m_pairs.size()); code-- > 0;) {
+    for (std::size_t code = m_pairs.size(); code-- > 0;) {
         if (!m_isLead[code >> 8] || m_pairs[code] == m_unknownPair)
             continue;
         std::uint16_t& narrow = m_narrow[m_pairs[code]];

@@ -1,0 +1,171 @@
+#include "text/compare.h"
+
+#include <mdtools/encoding.h>
+#include <mdtools/strings.h>
+
+namespace Tools {
+
+namespace {
+
+using Comparing::By;
+using Comparing::Exact;
+using Comparing::Lowered;
+using Comparing::Text;
+
+template <class Case>
+bool isEqual(Text a, Text b, By by)
+{
+    if (a.p == nullptr || b.p == nullptr)
+        return a.p == b.p;
+    return Comparing::compare<Case>(a, b, by) == 0;
+}
+
+int orderWithNulls(Text a, Text b, By by)
+{
+    if (a.p == nullptr || b.p == nullptr)
+        return static_cast<int>(a.p != nullptr) - static_cast<int>(b.p != nullptr);
+    return Comparing::order<Exact>(a, b, by);
+}
+
+int orderWithoutCase(Text a, Text b, By by)
+{
+    return a.p == nullptr || b.p == nullptr ? -1 : Comparing::compare<Lowered>(a, b, by);
+}
+
+}
+
+bool Streq(const std::string& a, const std::string& b)
+{
+    return Comparing::compare<Exact>(a, b, By::Character) == 0;
+}
+
+bool Streq(const std::string& a, const char* b)
+{
+    return isEqual<Exact>(a, b, By::Character);
+}
+
+bool Streq(const char* a, const std::string& b)
+{
+    return isEqual<Exact>(a, b, By::Character);
+}
+
+bool Streq(const char* a, const char* b)
+{
+    return isEqual<Exact>(a, b, By::Character);
+}
+
+bool Strieq(const std::string& a, const std::string& b)
+{
+    return Comparing::compare<Lowered>(a, b, By::Character) == 0;
+}
+
+bool Strieq(const std::string& a, const char* b)
+{
+    return isEqual<Lowered>(a, b, By::Character);
+}
+
+bool Strieq(const char* a, const std::string& b)
+{
+    return isEqual<Lowered>(a, b, By::Character);
+}
+
+bool Strieq(const char* a, const char* b)
+{
+    return isEqual<Lowered>(a, b, By::Character);
+}
+
+int strcmp(const char* a, const char* b)
+{
+    return orderWithNulls(a, b, By::Character);
+}
+
+int stricmp(const std::string& a, const std::string& b)
+{
+    return Comparing::compare<Lowered>(a, b, By::Character);
+}
+
+int stricmp(const std::string& a, const char* b)
+{
+    return orderWithoutCase(a, b, By::Character);
+}
+
+int stricmp(const char* a, const std::string& b)
+{
+    return orderWithoutCase(a, b, By::Character);
+}
+
+int stricmp(const char* a, const char* b)
+{
+    return orderWithoutCase(a, b, By::Character);
+}
+
+namespace Mbcs {
+
+bool Streq(const std::string& a, const std::string& b)
+{
+    return isEqual<Exact>(a, b, By::Byte);
+}
+
+bool Streq(const std::string& a, const char* b)
+{
+    return isEqual<Exact>(a, b, By::Byte);
+}
+
+bool Streq(const char* a, const std::string& b)
+{
+    return isEqual<Exact>(a, b, By::Byte);
+}
+
+bool Streq(const char* a, const char* b)
+{
+    return isEqual<Exact>(a, b, By::Byte);
+}
+
+bool Strieq(const std::string& a, const std::string& b)
+{
+    return isEqual<Lowered>(a, b, By::Byte);
+}
+
+bool Strieq(const std::string& a, const char* b)
+{
+    return isEqual<Lowered>(a, b, By::Byte);
+}
+
+bool Strieq(const char* a, const std::string& b)
+{
+    return isEqual<Lowered>(a, b, By::Byte);
+}
+
+bool Strieq(const char* a, const char* b)
+{
+    return isEqual<Lowered>(a, b, By::Byte);
+}
+
+int strcmp(const char* a, const char* b)
+{
+    return orderWithNulls(a, b, By::Byte);
+}
+
+int stricmp(const std::string& a, const std::string& b)
+{
+    return orderWithoutCase(a, b, By::Byte);
+}
+
+int stricmp(const std::string& a, const char* b)
+{
+    return orderWithoutCase(a, b, By::Byte);
+}
+
+int stricmp(const char* a, const std::string& b)
+{
+    return orderWithoutCase(a, b, By::Byte);
+}
+
+int stricmp(const char* a, const char* b)
+{
+    return orderWithoutCase(a, b, By::Byte);
+}
+
+}
+
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <emmintrin.h>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace Tools {
+
+// The process's code page as tables, filled once by the system's own conversion, so that it answers
+// as the system does. Never changed or destroyed after it was made.
+class SingleBytePage {
+public:
+    // Null if the process's code page is not a single-byte one.
+    static const SingleBytePage* get();
+
+    std::wstring toWide(std::string_view text) const;
+    std::string toNarrow(std::wstring_view text) const;
+
+private:
+    SingleBytePage() = default;
+    static std::unique_ptr<SingleBytePage> make();
+    bool fillNarrow(unsigned first, unsigned last);
+
+    std::uint32_t unequalBytes(__m128i bytes) const;
+    void widen(std::string_view text, wchar_t* wide) const;
+    std::size_t narrow(std::wstring_view text, char* narrow) const;
+    bool narrowUnit(wchar_t unit, char& byte) const;
+
+    std::array<wchar_t, 256> m_wide{};
+    std::array<char, 0x10000> m_narrow{};
+    // The bytes from 0xA0 on are the first 256 units of Unicode, as those of ASCII are in any page.
+    bool m_isLatin = false;
+};
+
+}
