@@ -6,6 +6,8 @@
 #include "platform/filesystem.h"
 #include "platform/folder.h"
 
+#include <mdtools/debug_output.h>
+
 namespace Tools {
 
 struct Directory::Search {
@@ -66,7 +68,10 @@ bool Directory::copy(const std::string& source, const std::string& target,
         rules.includes.emplace_back(pattern);
     for (const std::string& pattern : excludePatterns)
         rules.excludes.emplace_back(pattern);
-    rules.report = [](const std::string&, Platform::ErrorCode) {};
+    rules.report = [](const std::string& path, Platform::ErrorCode code) {
+        debugPrintf("CreateDirectory for \"%s\" failed with LastError: %d\n", path.c_str(),
+                    static_cast<int>(code));
+    };
     if (const Platform::ErrorCode code = Platform::createDirectory(target); code != 0) {
         rules.report(target, code);
         return false;

@@ -1,5 +1,6 @@
 #include <mdtools/file.h>
 
+#include "files/file_compare.h"
 #include "files/name_search.h"
 #include "files/separators.h"
 #include "files/tree.h"
@@ -7,10 +8,11 @@
 #include "platform/file_blocks.h"
 #include "platform/filesystem.h"
 
+#include <mdtools/debug_output.h>
+
 #include <algorithm>
 #include <clocale>
 #include <cstring>
-#include <memory>
 
 namespace Tools {
 
@@ -87,10 +89,10 @@ bool File::exists(const char* name)
 
 bool File::isEmpty(const std::string& name)
 {
-    Platform::InputFile file(name);
+    const Platform::InputFile file(name);
     char first = 0;
     std::size_t count = 0;
-    return !file.valid() || !file.read(&first, 1, count) || count == 0;
+    return !file.valid() || !file.read(0, &first, 1, count) || count == 0;
 }
 
 bool File::isEmpty(const Path& name)
@@ -100,21 +102,9 @@ bool File::isEmpty(const Path& name)
 
 bool File::isEqual(const std::string& a, const std::string& b)
 {
-    constexpr std::size_t BlockSize = std::size_t{128} * 1024;
-    Platform::InputFile first(a);
-    Platform::InputFile second(b);
-    if (!first.valid() || !second.valid() || first.size() != second.size())
-        return false;
-    const std::unique_ptr<char[]> blocks(new char[2 * BlockSize]);
-    std::size_t count = 0;
-    do {
-        std::size_t other = 0;
-        if (!first.read(blocks.get(), BlockSize, count) ||
-            !second.read(blocks.get() + BlockSize, BlockSize, other) || count != other ||
-            std::memcmp(blocks.get(), blocks.get() + BlockSize, count) != 0)
-            return false;
-    } while (count == BlockSize);
-    return true;
+    const Platform::InputFile first(a);
+    const Platform::InputFile second(b);
+    return first.valid() && second.valid() && haveSameBytes(first, second);
 }
 
 bool File::isLocked(const std::string& name)
@@ -166,7 +156,12 @@ bool File::removeEx(const std::string& pattern)
     const std::string directory =
         text.substr(0, parts.location().size() + parts.directory().size());
     const Wildcard names(std::string_view(text).substr(directory.size()));
-    return NameSearch::remove(directory, names, false, ignoreFailure);
+    return NameSearch::remove(directory, names, false,
+                              [&directory](const std::string& name, Platform::ErrorCode code) {
+                                  // The letter behind the number belongs to the message.
+                                  debugPrintf("Tools::File::removeEx(%s): ERROR %ul occured.\n",
+                                              (directory + name).c_str(), code);
+                              });
 }
 
 bool File::removeFiles(const std::vector<std::string>& names)
@@ -198,7 +193,7 @@ bool File::findByWildCard(const std::string& directory, const std::string& patte
 
 bool File::concatenate(const std::string& source, const std::string& target)
 {
-    Platform::InputFile input(source);
+    const Platform::InputFile input(source);
     if (!input.valid())
         return false;
     Platform::AppendedFile output(target);

@@ -1,5 +1,6 @@
 #include "files/name_search.h"
 
+#include "files/name_list.h"
 #include "files/separators.h"
 #include "files/tree.h"
 
@@ -38,19 +39,23 @@ public:
 
     void visit(const Platform::Folder& folder, std::vector<std::string>& subfolders) override
     {
-        std::vector<Found> found;
+        NameList found;
+        NameList deeper;
         Platform::FolderReader reader(folder);
         Platform::FolderReader::Entry entry;
         while (reader.next(entry)) {
             if (isOwnOrParent(entry.name))
                 continue;
             if (m_pattern.matches(entry.name))
-                found.push_back({std::string(entry.name), isDirectory(entry.type)});
+                found.add(entry.name, isDirectory(entry.type));
             if (m_recursive && entry.type == EntryType::Directory)
-                subfolders.emplace_back(entry.name);
+                deeper.add(entry.name, true);
         }
+        found.sort();
+        deeper.sort();
         append(found);
-        sortByName(subfolders);
+        for (std::size_t i = 0; i < deeper.size(); ++i)
+            subfolders.emplace_back(deeper.name(i));
     }
 
     bool enter(const Platform::Folder&, const std::string& name) override
@@ -68,19 +73,15 @@ public:
     }
 
 private:
-    struct Found {
-        std::string name;
-        bool isDirectory;
-    };
-
-    void append(std::vector<Found>& found)
+    void append(const NameList& found)
     {
-        std::sort(found.begin(), found.end(),
-                  [](const Found& a, const Found& b) { return a.name < b.name; });
-        for (const Found& item : found)
-            m_result.emplace_back(m_directory, item.name,
-                                  item.isDirectory ? File::Info::Type::Directory
-                                                   : File::Info::Type::File);
+        using Type = File::Info::Type;
+        const std::size_t wanted = m_result.size() + found.size();
+        if (wanted > m_result.capacity())
+            m_result.reserve(std::max(wanted, 2 * m_result.capacity()));
+        for (std::size_t i = 0; i < found.size(); ++i)
+            m_result.emplace_back(m_directory, std::string(found.name(i)),
+                                  found.isDirectory(i) ? Type::Directory : Type::File);
     }
 
     const Wildcard& m_pattern;
@@ -137,11 +138,6 @@ private:
     bool m_succeeded = true;
 };
 
-}
-
-void sortByName(std::vector<std::string>& names)
-{
-    std::sort(names.begin(), names.end());
 }
 
 void find(const std::string& directory, const Wildcard& pattern, bool recursive,

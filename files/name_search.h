@@ -12,9 +12,6 @@
 // Searches by name, in one directory or a whole tree.
 namespace Tools::NameSearch {
 
-// Ordered by name without case.
-void sortByName(std::vector<std::string>& names);
-
 // As File::findByWildCard.
 void find(const std::string& directory, const Wildcard& pattern, bool recursive,
           std::vector<File::Info>& result);

@@ -3,6 +3,7 @@
 #include "files/separators.h"
 #include "platform/filesystem.h"
 #include "platform/known_folders.h"
+#include "text/characters.h"
 
 #include <mdtools/constants.h>
 
@@ -19,7 +20,8 @@ std::size_t locationLength(const std::string& text)
         const std::size_t share = text.find('/', server + 1);
         return share == std::string::npos ? 0 : share;
     }
-    return text.size() > 1 && text[1] == ':' ? 2 : 0;
+    const std::size_t second = text.empty() ? 0 : Characters::length(text, 0);
+    return second < text.size() && text[second] == ':' ? second + 1 : 0;
 }
 
 }
@@ -152,10 +154,10 @@ void addBackslashIfNecessary(std::string& path)
 
 void goUp(std::string& path)
 {
-    if (!path.empty() && Separators::findLastBackslash(path) == path.size() - 1)
+    if (Characters::endsWith(path, '\\'))
         path.pop_back();
     // Behind the last backslash; npos + 1 is 0.
-    path.resize(Separators::findLastBackslash(path) + 1);
+    path.resize(Characters::findLast(path, '\\') + 1);
 }
 
 }

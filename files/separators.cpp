@@ -1,37 +1,29 @@
 #include "files/separators.h"
 
 #include "platform/filesystem.h"
-
-#include <algorithm>
+#include "text/characters.h"
 
 namespace Tools::Separators {
 
 void toSlashes(std::string& text)
 {
-    std::replace(text.begin(), text.end(), '\\', '/');
+    Characters::replace(text, '\\', '/');
 }
 
 void toBackslashes(std::string& text)
 {
-    std::replace(text.begin(), text.end(), '/', '\\');
-}
-
-std::size_t findLastBackslash(const std::string& text)
-{
-    return text.rfind('\\');
+    Characters::replace(text, '/', '\\');
 }
 
 std::size_t endOfLast(const std::string& text)
 {
-    const std::size_t slash = text.rfind('/');
-    const std::size_t backslash = findLastBackslash(text);
     // npos + 1 is 0.
-    return std::max(slash + 1, backslash + 1);
+    return Characters::findLastAny(text, "/\\") + 1;
 }
 
 bool endsWithOne(const std::string& text)
 {
-    return !text.empty() && endOfLast(text) == text.size();
+    return text.ends_with('/') || Characters::endsWith(text, '\\');
 }
 
 void removeFinal(std::string& text)

@@ -9,8 +9,6 @@ namespace Tools::Separators {
 void toSlashes(std::string& text);
 void toBackslashes(std::string& text);
 
-// The index of the last backslash, std::string::npos if there is none.
-std::size_t findLastBackslash(const std::string& text);
 // The index behind the last separator of either kind; 0 if there is none.
 std::size_t endOfLast(const std::string& text);
 

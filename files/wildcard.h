@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Tools {
@@ -22,18 +23,28 @@ public:
 
 private:
     using Word = std::uint64_t;
+    using Row = std::uint16_t;
 
-    std::size_t rowOf(std::size_t character);
+    Row rowOf(std::uint16_t character);
+    Row findRow(std::uint16_t character) const;
+    void setSteps(std::string_view pattern);
+    void shareRowsWithoutCase();
+    template <class Step>
+    void forEachRow(std::string_view name, Step step) const;
+    bool matchesShort(std::string_view name) const;
     bool matchesLong(std::string_view name) const;
 
     // All partial matches advance together, one bit each: bit i is set when the first i characters
     // of the pattern match what was read of the name. A row tells for one character of the name
-    // which steps it can take; row 0 is that of the characters the pattern does not name.
+    // which steps it can take; row 0 is that of the characters the pattern does not name. A step
+    // takes a bit to the next one; a bit that may stay is one behind which a "*" stands.
     std::size_t m_length = 0;
     std::size_t m_words = 1;
     std::vector<Word> m_rows;
     std::vector<Word> m_stays;
-    std::array<std::uint16_t, 256> m_rowOfByte{};
+    std::array<Row, 256> m_rowOfByte{};
+    // Of double-byte characters, lowered and in order.
+    std::vector<std::pair<std::uint16_t, Row>> m_rowOfPair;
 };
 
 }

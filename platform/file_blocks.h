@@ -18,11 +18,9 @@ public:
 
     bool valid() const { return m_handle != -1; }
     std::uint64_t size() const;
-    // The next read() begins there. False if the system failed.
-    bool seek(std::uint64_t offset);
-    // Fills the buffer as far as the file goes; `count` is less than `capacity` only at its end.
-    // False if the system failed.
-    bool read(void* buffer, std::size_t capacity, std::size_t& count);
+    // Fills the buffer from `offset` on as far as the file goes; `count` is less than `capacity`
+    // only at its end. False if the system failed. Several threads may read.
+    bool read(std::uint64_t offset, void* buffer, std::size_t capacity, std::size_t& count) const;
 
 private:
     friend class AppendedFile;
@@ -40,8 +38,8 @@ public:
 
     bool valid() const { return m_handle != -1; }
     bool isSame(const InputFile& other) const;
-    // Appends the rest of `source`. If that fails, the file is cut back to what it held before.
-    bool append(InputFile& source);
+    // Appends all of `source`. If that fails, the file is cut back to what it held before.
+    bool append(const InputFile& source);
 
 private:
     std::intptr_t m_handle;

@@ -56,8 +56,7 @@ public:
             return {};
         Bytes bytes(static_cast<std::size_t>(size));
         std::size_t count = 0;
-        if (!m_file.seek(offset) || !m_file.read(bytes.data(), bytes.size(), count) ||
-            count != bytes.size())
+        if (!m_file.read(offset, bytes.data(), bytes.size(), count) || count != bytes.size())
             return {};
         return bytes;
     }

@@ -1,42 +1,49 @@
 #include <mdtools/directory.h>
 #include <mdtools/error.h>
 #include <mdtools/file.h>
-#include <mdtools/folders.h>
 
+#include "support/child_process.h"
+#include "support/files.h"
+#include "support/process_state.h"
 #include "support/test_environment.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <clocale>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
 
+using MdToolsTest::HeldFile;
+using MdToolsTest::readFile;
+using MdToolsTest::setWriteProtected;
+using MdToolsTest::workDirectory;
+using MdToolsTest::workPath;
+using MdToolsTest::writeFile;
 using testing::ElementsAre;
 using Tools::Directory;
 using Tools::File;
 
-std::string work(const std::string& name)
-{
-    return MdToolsTest::workDirectory() + "/" + name;
-}
+// A directory of its own for each test.
+class FileTest : public testing::Test {
+protected:
+    FileTest() { EXPECT_TRUE(Directory::create(m_directory)); }
+    ~FileTest() override { EXPECT_TRUE(Directory::removeRecursively(m_directory)); }
 
-void write(const std::string& path, const std::string& text)
-{
-    std::ofstream(path, std::ios::binary) << text;
-}
+    std::string path(const std::string& name) const { return m_directory + "/" + name; }
+    std::string make(const std::string& name, const std::string& bytes = "x") const
+    {
+        writeFile(path(name), bytes);
+        return path(name);
+    }
 
-std::string read(const std::string& path)
-{
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
+    std::string m_directory = workPath("files");
+};
 
 TEST(Error, ownsItsText)
 {
@@ -52,9 +59,9 @@ TEST(Error, ownsItsText)
     EXPECT_THROW(throw Tools::FileWriteError("y"), Tools::Error);
 }
 
-TEST(File, opensWithPointAsDecimalSign)
+TEST_F(FileTest, opensWithPointAsDecimalSign)
 {
-    const std::string name = work("open.txt");
+    const std::string name = path("open.txt");
     std::setlocale(LC_ALL, "");
     const std::string locale = std::setlocale(LC_ALL, nullptr);
     for (const char* mode : {"", "q", "r+x", "rbt", "w++", "r, ccs=UTF-8"})
@@ -63,60 +70,392 @@ TEST(File, opensWithPointAsDecimalSign)
     EXPECT_EQ(std::setlocale(LC_ALL, nullptr), locale);
     EXPECT_EQ(File::open(name, "r"), nullptr);
     EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
-    EXPECT_EQ(File::open(MdToolsTest::workDirectory(), "r"), nullptr);
+    EXPECT_EQ(File::open(m_directory, "r"), nullptr);
 
-    write(name, "previous contents");
+    writeFile(name, "previous contents");
     struct Case {
         const char *mode, *put, *after;
     };
     static const Case cases[] = {
-        {"wb", "one", "one"},
-        {"ab", "two", "onetwo"},
-        {"r+b", "T", "Tnetwo"},
-        {"w+", "x", "x"},
+        {"wb", "one", "one"}, {"ab", "two", "onetwo"}, {"r+b", "T", "Tnetwo"},
+        {"w+", "x", "x"},     {"a+", "y", "xy"},
     };
     for (const Case& c : cases) {
         std::FILE* file = File::open(Tools::Path::convert(name, false), c.mode);
         ASSERT_NE(file, nullptr) << c.mode;
         std::fputs(c.put, file);
         EXPECT_EQ(File::close(file), 0);
-        EXPECT_EQ(read(name), c.after) << c.mode;
+        EXPECT_EQ(readFile(name), c.after) << c.mode;
     }
     EXPECT_EQ(File::close(nullptr), 0);
 }
 
-TEST(File, wholeFiles)
+TEST_F(FileTest, existsAndIsEmpty)
 {
-    const std::string a = work("a.txt");
-    const std::string b = work("b.txt");
     EXPECT_FALSE(File::exists(static_cast<const char*>(nullptr)));
-    EXPECT_FALSE(File::exists(a));
-    EXPECT_TRUE(File::isEmpty(a));
-    write(a, "1");
-    EXPECT_TRUE(File::exists(a.c_str()));
-    EXPECT_TRUE(File::exists(Tools::Path(a)));
-    EXPECT_TRUE(File::exists(MdToolsTest::workDirectory()));
-    EXPECT_FALSE(File::isEmpty(a));
+    EXPECT_FALSE(File::exists(""));
+    EXPECT_FALSE(File::exists(path("a")));
+    EXPECT_TRUE(File::isEmpty(path("a")));
+    make("a", "");
+    EXPECT_TRUE(File::isEmpty(Tools::Path(path("a"))));
+    make("a", "1");
+    EXPECT_TRUE(File::exists(path("a").c_str()));
+    EXPECT_TRUE(File::exists(Tools::Path(path("a"))));
+    EXPECT_TRUE(File::exists(m_directory));
+    EXPECT_FALSE(File::isEmpty(path("a")));
+    EXPECT_TRUE(File::isEmpty(m_directory));
+}
 
-    EXPECT_TRUE(File::copy(a, b));
+TEST_F(FileTest, comparesBytes)
+{
+    constexpr std::size_t Big = 11'000'001;
+    struct Case {
+        std::size_t size, changed;
+    };
+    static const Case cases[] = {
+        {1, 0},           {2, 1},
+        {262144, 262143}, // a block, its end
+        {262145, 262144}, {Big, 0},
+        {Big, 4'194'304}, // behind the part that one thread compares
+        {Big, 7'000'000}, {Big, Big - 1},
+    };
+    const std::string a = path("a");
+    const std::string b = path("b");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.changed);
+        std::string bytes(c.size, '\n');
+        writeFile(a, bytes);
+        writeFile(b, bytes);
+        EXPECT_TRUE(File::isEqual(a, b));
+        bytes[c.changed] = '\r';
+        writeFile(b, bytes);
+        EXPECT_FALSE(File::isEqual(a, b));
+        writeFile(b, bytes.substr(0, c.size - 1));
+        EXPECT_FALSE(File::isEqual(a, b));
+    }
+    writeFile(a, "");
+    writeFile(b, "");
     EXPECT_TRUE(File::isEqual(a, b));
-    EXPECT_TRUE(File::copy(a, MdToolsTest::workDirectory(), "c.txt"));
-    EXPECT_FALSE(File::copy(a, a));
-    EXPECT_EQ(read(a), "1");
-    EXPECT_FALSE(File::rename(a, b));
-    write(a, "22");
-    EXPECT_FALSE(File::isEqual(a, b));
-    EXPECT_TRUE(File::copy(a, b));
-    EXPECT_EQ(read(b), "22");
+    EXPECT_FALSE(File::isEqual(a, path("missing")));
+    EXPECT_FALSE(File::isEqual(m_directory, m_directory));
+}
 
-    EXPECT_TRUE(File::remove(b));
-    EXPECT_FALSE(File::remove(b));
-    EXPECT_FALSE(File::remove(MdToolsTest::workDirectory()));
-    EXPECT_TRUE(File::rename(a, b));
-    EXPECT_FALSE(File::exists(a));
-    EXPECT_TRUE(File::removeEx(work("?.TXT")));
-    EXPECT_FALSE(File::exists(b));
-    EXPECT_FALSE(File::exists(work("c.txt")));
+TEST_F(FileTest, copies)
+{
+    const std::string source = make("a", "12345");
+    const std::string target = path("B\xE4.txt");
+    std::filesystem::last_write_time(source, std::filesystem::last_write_time(source) -
+                                                 std::chrono::hours(30));
+    writeFile(target, "longer than the source");
+    EXPECT_TRUE(File::copy(source, target));
+    EXPECT_EQ(readFile(target), "12345");
+    EXPECT_TRUE(File::copy(source, m_directory + "\\", "c"));
+    EXPECT_EQ(std::filesystem::last_write_time(path("c")),
+              std::filesystem::last_write_time(source));
+
+    const std::string big = make("big", std::string(3'000'001, 'b'));
+    EXPECT_TRUE(File::copy(Tools::Path(big), Tools::Path(path("big2"))));
+    EXPECT_TRUE(File::isEqual(big, path("big2")));
+    EXPECT_TRUE(File::copy(make("empty", ""), big));
+    EXPECT_TRUE(File::isEmpty(big));
+
+    EXPECT_FALSE(File::copy(source, source));
+    EXPECT_EQ(readFile(source), "12345");
+    EXPECT_FALSE(File::copy(source, m_directory));
+    EXPECT_FALSE(File::copy(m_directory, path("d")));
+    EXPECT_FALSE(File::copy(path("missing"), target));
+    EXPECT_EQ(readFile(target), "12345");
+    EXPECT_FALSE(File::copy(source, path("missing/x")));
+}
+
+TEST_F(FileTest, mindsWriteProtection)
+{
+    const std::string source = make("source");
+    const std::string target = make("target", "old");
+    setWriteProtected(source, true);
+    EXPECT_TRUE(File::copy(source, path("copy")));
+    EXPECT_FALSE(File::remove(path("copy"))); // as protected as the source
+    EXPECT_FALSE(File::remove(source));
+    EXPECT_FALSE(File::removeEx(source));
+    EXPECT_FALSE(File::removeFiles({source, target}));
+    EXPECT_TRUE(File::exists(source));
+    EXPECT_FALSE(File::exists(target));
+    if (MdToolsTest::ProtectedFilesCannotBeOpened) {
+        EXPECT_TRUE(File::isLocked(source));
+        EXPECT_FALSE(File::copy(make("other", "new"), source));
+        EXPECT_EQ(readFile(source), "x");
+    }
+    EXPECT_TRUE(File::rename(source, target));
+    setWriteProtected(target, false);
+}
+
+TEST_F(FileTest, renames)
+{
+    make("a", "1");
+    make("b", "2");
+    EXPECT_FALSE(File::rename(path("a"), path("b")));
+    EXPECT_EQ(readFile(path("b")), "2");
+    EXPECT_TRUE(File::rename(Tools::Path(path("a")), Tools::Path(path("c"))));
+    EXPECT_EQ(readFile(path("c")), "1");
+    EXPECT_FALSE(File::rename(path("a"), path("d")));
+    EXPECT_FALSE(File::rename(path("b"), path("missing/b")));
+    EXPECT_TRUE(Directory::create(path("folder")));
+    EXPECT_TRUE(File::rename(path("folder"), path("folder2")));
+    EXPECT_FALSE(File::rename(path("b"), path("folder2")));
+    EXPECT_TRUE(File::rename(path("b"), path("folder2/b")));
+}
+
+TEST_F(FileTest, movesToAnotherFileSystem)
+{
+    const MdToolsTest::SmallDisk disk(path("disk"), 65536);
+    if (!disk.isThere())
+        GTEST_SKIP() << disk.why();
+    EXPECT_TRUE(File::rename(make("a", "1"), path("disk/a")));
+    EXPECT_EQ(readFile(path("disk/a")), "1");
+    EXPECT_FALSE(File::exists(path("a")));
+    EXPECT_FALSE(File::rename(make("a", "2"), path("disk/a")));
+    EXPECT_EQ(readFile(path("disk/a")), "1");
+    EXPECT_EQ(readFile(path("a")), "2");
+    EXPECT_TRUE(Directory::create(path("folder")));
+    EXPECT_FALSE(File::rename(path("folder"), path("disk/folder")));
+    EXPECT_TRUE(MdToolsTest::makeLink("a", path("link")));
+    EXPECT_TRUE(File::rename(path("link"), path("disk/link")));
+    EXPECT_TRUE(std::filesystem::is_symlink(path("disk/link")));
+    EXPECT_FALSE(File::rename(make("big", std::string(100'000, 'b')), path("disk/big")));
+    EXPECT_FALSE(File::exists(path("disk/big")));
+    EXPECT_TRUE(File::exists(path("big")));
+}
+
+TEST_F(FileTest, removesByPattern)
+{
+    const std::vector<std::string> names = {"a.BAK", "b.bak", "c.bak.txt", "\xE4.bak"};
+    for (const std::string& name : names)
+        make(name);
+    ASSERT_TRUE(Directory::create(path("d.bak")));
+    EXPECT_FALSE(File::removeEx(path("d.bak")));
+    EXPECT_TRUE(File::removeEx(path("c.b*")));
+    EXPECT_FALSE(File::exists(path("c.bak.txt")));
+    EXPECT_TRUE(File::removeEx(Tools::Path::convert(path("*.bak"), false)));
+    for (const std::string& name : names)
+        EXPECT_FALSE(File::exists(path(name))) << name;
+    EXPECT_TRUE(Directory::exists(path("d.bak")));
+    EXPECT_TRUE(File::removeEx(path("*.bak")));
+    EXPECT_TRUE(File::removeEx(path("missing/*")));
+
+    make("d.bak/1.tmp");
+    make("2.tmp");
+    ASSERT_TRUE(Directory::create(path("d.bak/e.tmp")));
+    EXPECT_TRUE(File::removeByWildCard(m_directory, "*.TMP", false));
+    EXPECT_FALSE(File::exists(path("2.tmp")));
+    EXPECT_TRUE(File::exists(path("d.bak/1.tmp")));
+    EXPECT_TRUE(File::removeByWildCard(m_directory, "*.tmp", true));
+    EXPECT_FALSE(File::exists(path("d.bak/1.tmp")));
+    EXPECT_TRUE(Directory::exists(path("d.bak/e.tmp")));
+}
+
+TEST_F(FileTest, finds)
+{
+    for (const char* name : {"B", "a", "B/c", "a/D"})
+        ASSERT_TRUE(Directory::create(path(name)));
+    for (const char* name : {"c.txt", "A.TXT", "b.dat", "B/1.txt", "B/c/2.txt", "a/D/3.txt"})
+        make(name);
+
+    const auto search = [&](const std::string& directory, const char* pattern, bool recursive) {
+        std::vector<File::Info> result = {{"before", "x", File::Info::Type::File}};
+        const bool found = File::findByWildCard(directory, pattern, result, recursive);
+        EXPECT_EQ(found, result.size() > 1);
+        std::vector<std::string> texts;
+        for (std::size_t i = 1; i < result.size(); ++i) {
+            std::string where = result[i].getDirectory();
+            EXPECT_EQ(where.rfind(m_directory, 0), 0U) << where;
+            where.erase(0, m_directory.size());
+            texts.push_back(Tools::Path::convert(where, true) + "|" + result[i].getName() +
+                            (result[i].isDirectory() ? "|" : ""));
+        }
+        return texts;
+    };
+    EXPECT_THAT(search(m_directory, "*.txt", false), ElementsAre("|A.TXT", "|c.txt"));
+    EXPECT_THAT(search(m_directory + "/", "?", false), ElementsAre("|a|", "|B|"));
+    EXPECT_THAT(search(m_directory, "*", true),
+                ElementsAre("|a|", "|A.TXT", "|B|", "|b.dat", "|c.txt", "/a|D|", "/a/D|3.txt",
+                            "/B|1.txt", "/B|c|", "/B/c|2.txt"));
+    EXPECT_THAT(search(m_directory, "*.*", false), testing::SizeIs(5));
+    EXPECT_THAT(search(m_directory, "", true), ElementsAre());
+    EXPECT_THAT(search(m_directory + "/missing", "*", true), ElementsAre());
+    EXPECT_THAT(search(path("c.txt"), "*", true), ElementsAre());
+
+    // An empty name is the current directory, and nothing is put before the names in it.
+    const std::string before = Directory::getCurrent();
+    ASSERT_TRUE(Directory::setCurrent(m_directory));
+    std::vector<File::Info> result;
+    EXPECT_TRUE(File::findByWildCard("", "1*", result, true));
+    EXPECT_EQ(result, std::vector{File::Info("B", "1.txt", File::Info::Type::File)});
+    EXPECT_TRUE(Directory::setCurrent(before));
+}
+
+TEST(FileInfo, order)
+{
+    using Type = File::Info::Type;
+    const File::Info ordered[] = {{},
+                                  {"a", "y", Type::File},
+                                  {"a", "y", Type::Directory},
+                                  {"a", "z", Type::File},
+                                  {"b", "x", Type::File}};
+    for (const File::Info& a : ordered) {
+        for (const File::Info& b : ordered) {
+            EXPECT_EQ(a < b, &a < &b);
+            EXPECT_EQ(a == b, &a == &b);
+        }
+    }
+}
+
+TEST_F(FileTest, concatenates)
+{
+    const std::string target = path("target");
+    std::string expected;
+    for (const std::size_t size : {std::size_t{3}, std::size_t{0}, std::size_t{4096},
+                                   std::size_t{262144}, std::size_t{20'000'001}}) {
+        const std::string bytes(size, char('a' + size % 7));
+        EXPECT_TRUE(File::concatenate(make("source", bytes), target));
+        expected += bytes;
+        ASSERT_EQ(File::isEqual(target, make("expected", expected)), true) << size;
+    }
+    EXPECT_FALSE(File::concatenate(target, target));
+    EXPECT_TRUE(File::isEqual(target, path("expected")));
+    EXPECT_FALSE(File::concatenate(path("missing"), path("new")));
+    EXPECT_FALSE(File::exists(path("new")));
+    EXPECT_TRUE(File::concatenate(make("source", ""), path("new")));
+    EXPECT_TRUE(File::exists(path("new")));
+    EXPECT_FALSE(File::concatenate(path("source"), m_directory));
+}
+
+TEST_F(FileTest, isLocked)
+{
+    const std::string name = make("a", "1");
+    EXPECT_FALSE(File::isLocked(path("missing")));
+    EXPECT_FALSE(File::isLocked(name));
+    EXPECT_TRUE(File::isLocked(m_directory));
+    {
+        const HeldFile held(name);
+        EXPECT_TRUE(File::isLocked(name));
+        EXPECT_EQ(File::open(name, "r"), nullptr);
+        EXPECT_TRUE(File::isEmpty(name));
+        EXPECT_FALSE(File::isEqual(name, name));
+        EXPECT_FALSE(File::copy(name, path("b")));
+        EXPECT_FALSE(File::copy(make("c"), name));
+        EXPECT_FALSE(File::concatenate(path("c"), name));
+        EXPECT_FALSE(File::concatenate(name, path("c")));
+    }
+    EXPECT_EQ(readFile(name), "1");
+    EXPECT_FALSE(File::isLocked(name));
+}
+
+TEST_F(FileTest, anotherProcessHoldsAFile)
+{
+    const std::string name = make("a", "1");
+    const std::string source = make("source", "2");
+    {
+        MdToolsTest::Child child(MdToolsTest::builtProgram("file_child"),
+                                 {"a", name, path("ready")});
+        ASSERT_TRUE(child.started());
+        while (!File::exists(path("ready")))
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        EXPECT_TRUE(File::isLocked(name));
+        EXPECT_FALSE(File::concatenate(source, name));
+        if (MdToolsTest::OpenFilesAreNotShared) {
+            EXPECT_EQ(File::open(name, "r"), nullptr);
+            EXPECT_EQ(File::open(name, "w"), nullptr);
+        }
+        child.kill();
+        child.wait();
+    }
+    EXPECT_EQ(readFile(name), "1");
+    EXPECT_TRUE(File::concatenate(source, name));
+    EXPECT_EQ(readFile(name), "12");
+}
+
+TEST_F(FileTest, survivesAFullDisk)
+{
+    const MdToolsTest::SmallDisk disk(path("disk"), 65536);
+    if (!disk.isThere())
+        GTEST_SKIP() << disk.why();
+    const std::string target = make("disk/a", "precious");
+    for (const std::size_t size : {std::size_t{70'000}, std::size_t{1'000'000}}) {
+        const std::string source = make("source", std::string(size, 's'));
+        EXPECT_FALSE(File::concatenate(source, target));
+        EXPECT_EQ(readFile(target), "precious");
+        EXPECT_FALSE(File::copy(source, path("disk/b")));
+        EXPECT_FALSE(File::exists(path("disk/b")));
+    }
+    EXPECT_TRUE(File::concatenate(make("source", "!"), target));
+    EXPECT_EQ(readFile(target), "precious!");
+}
+
+TEST_F(FileTest, mayNotWriteThere)
+{
+    const std::string name = make("a", "1");
+    const MdToolsTest::OrdinaryUser user;
+    if (!user.isThere())
+        GTEST_SKIP() << "Write-protected directories are not known here.";
+    EXPECT_FALSE(File::remove(name));
+    EXPECT_FALSE(File::removeByWildCard(m_directory, "*", false));
+    EXPECT_FALSE(File::copy(name, path("b")));
+    EXPECT_FALSE(File::rename(name, path("b")));
+    EXPECT_FALSE(File::concatenate(name, path("b")));
+    EXPECT_EQ(File::open(path("b"), "w"), nullptr);
+    EXPECT_TRUE(File::isLocked(name));
+    EXPECT_FALSE(Directory::create(path("c")));
+    EXPECT_FALSE(Directory::createRecursively(path("c/d")));
+    EXPECT_FALSE(Directory::removeRecursively(m_directory));
+    EXPECT_EQ(readFile(name), "1");
+}
+
+TEST_F(FileTest, keepsNothingOpen)
+{
+    make("a", "1");
+    const int before = MdToolsTest::countHandles();
+    std::vector<File::Info> result;
+    for (int i = 0; i < 20; ++i) {
+        File::isEmpty(path("a"));
+        File::isEqual(path("a"), path("a"));
+        File::isLocked(path("a"));
+        File::copy(path("a"), path("b"));
+        File::concatenate(path("a"), path("b"));
+        File::open(m_directory, "r");
+        File::findByWildCard(m_directory, "*", result, true);
+        File::removeEx(path("?b*"));
+        Directory search;
+        std::string name;
+        search.start(path("*"), name);
+        search.start(path("*"), name);
+        Directory::copy(m_directory, path("copy"), {}, {});
+        Directory::removeRecursively(path("copy"));
+    }
+    EXPECT_LE(MdToolsTest::countHandles(), before + 2);
+}
+
+TEST(FileNames, components)
+{
+    struct Case {
+        const char *name, *directory, *file, *extension;
+    };
+    static const Case cases[] = {
+        {"C:\\data\\x.dat", "C:/data", "x", "dat"},
+        {"C:\\x", "C:/", "x", ""},
+        {"/x.y.z", "/", "x.y", "z"},
+        {"x", "", "x", ""},
+        {"", "", "", ""},
+        {"//srv/share/x", "//srv/share/", "x", ""},
+        {"a/b/", "a/b", "", ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(File::getDirectory(c.name), c.directory);
+        EXPECT_EQ(File::getNameWithoutExtension(c.name), c.file);
+        EXPECT_EQ(File::getExtension(c.name), c.extension);
+    }
+    EXPECT_EQ(std::string(File::getForbiddenChars().begin(), File::getForbiddenChars().end()),
+              "\\/:*?\"<>|");
 }
 
 }

@@ -2,8 +2,10 @@
 
 #include "platform/posix/native_path.h"
 
+#include <algorithm>
 #include <fcntl.h>
 #include <memory>
+#include <sys/mman.h>
 #include <sys/stat.h>
 
 namespace Tools::Platform {
@@ -12,6 +14,7 @@ namespace {
 
 constexpr mode_t FileMode = 0666;
 constexpr std::size_t BlockSize = std::size_t{256} * 1024;
+constexpr std::size_t WindowSize = std::size_t{8} * 1024 * 1024;
 
 int descriptor(std::intptr_t handle)
 {
@@ -21,6 +24,36 @@ int descriptor(std::intptr_t handle)
 bool isPlainFile(const FileDescriptor& file, struct stat& status)
 {
     return file.valid() && ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+// Writes as much as goes straight from the system's cache, without a copy in between, and returns
+// how much that is. A source that shrinks meanwhile only ends it: the pages are touched by the
+// system alone, which reports what is missing.
+std::uint64_t writeMapped(int target, int source, std::uint64_t size)
+{
+    std::uint64_t done = 0;
+    while (size - done >= BlockSize) {
+        const std::size_t part = std::min<std::uint64_t>(size - done, WindowSize);
+        void* const window =
+            ::mmap(nullptr, part, PROT_READ, MAP_SHARED | MAP_POPULATE, source, off_t(done));
+        if (window == MAP_FAILED)
+            return done;
+        const ssize_t count = ::write(target, window, part);
+        ::munmap(window, part);
+        if (count > 0)
+            done += std::uint64_t(count);
+        if (count < 0 || std::size_t(count) < part)
+            return done;
+    }
+    return done;
+}
+
+void takeBack(int target, std::uint64_t start, std::uint64_t appended)
+{
+    // A writer that ignores the lock may stand behind by now; its text is not ours to cut.
+    struct stat status = {};
+    if (::fstat(target, &status) == 0 && std::uint64_t(status.st_size) <= start + appended)
+        (void)!::ftruncate(target, off_t(start));
 }
 
 }
@@ -44,17 +77,13 @@ std::uint64_t InputFile::size() const
     return ::fstat(descriptor(m_handle), &status) == 0 ? std::uint64_t(status.st_size) : 0;
 }
 
-bool InputFile::seek(std::uint64_t offset)
-{
-    return ::lseek(descriptor(m_handle), static_cast<off_t>(offset), SEEK_SET) >= 0;
-}
-
-bool InputFile::read(void* buffer, std::size_t capacity, std::size_t& count)
+bool InputFile::read(std::uint64_t offset, void* buffer, std::size_t capacity,
+                     std::size_t& count) const
 {
     count = 0;
     while (count < capacity) {
-        const ssize_t part =
-            ::read(descriptor(m_handle), static_cast<char*>(buffer) + count, capacity - count);
+        const ssize_t part = ::pread(descriptor(m_handle), static_cast<char*>(buffer) + count,
+                                     capacity - count, off_t(offset + count));
         if (part == 0)
             break;
         if (part < 0 && errno != EINTR)
@@ -92,22 +121,19 @@ bool AppendedFile::isSame(const InputFile& other) const
            own.st_ino == source.st_ino;
 }
 
-bool AppendedFile::append(InputFile& source)
+bool AppendedFile::append(const InputFile& source)
 {
+    const int target = descriptor(m_handle);
+    std::uint64_t done = writeMapped(target, descriptor(source.m_handle), source.size());
     const std::unique_ptr<char[]> block(new char[BlockSize]);
-    std::uint64_t written = 0;
     std::size_t count = 0;
     do {
-        if (!source.read(block.get(), BlockSize, count) ||
-            writeAll(descriptor(m_handle), block.get(), count) != 0) {
-            // A writer that ignores the lock may stand behind by now; its text is not ours to cut.
-            struct stat status = {};
-            if (::fstat(descriptor(m_handle), &status) == 0 &&
-                std::uint64_t(status.st_size) <= m_start + written + count)
-                (void)!::ftruncate(descriptor(m_handle), off_t(m_start));
+        if (!source.read(done, block.get(), BlockSize, count) ||
+            writeAll(target, block.get(), count) != 0) {
+            takeBack(target, m_start, done + count);
             return false;
         }
-        written += count;
+        done += count;
     } while (count == BlockSize);
     return true;
 }

@@ -17,7 +17,9 @@ constexpr off_t SmallFile = 256L * 1024;
 constexpr std::size_t BlockSize = std::size_t{64} * 1024;
 constexpr std::size_t RangeSize = std::size_t{1} << 30;
 
-int copyByBlocks(int source, int target)
+// `size` is what the system says; files that it makes up on reading have 0 and nevertheless
+// contents. With them alone only an empty read tells the end.
+int copyByBlocks(int source, int target, off_t size)
 {
     std::array<char, BlockSize> block; // NOLINT(*-member-init): filled by read()
     while (true) {
@@ -27,25 +29,25 @@ int copyByBlocks(int source, int target)
         if (count < 0 && errno == EINTR)
             continue;
         const int cause = count < 0 ? errno : writeAll(target, block.data(), std::size_t(count));
-        if (cause != 0)
+        if (cause != 0 || (size > 0 && std::size_t(count) < block.size()))
             return cause;
     }
 }
 
 // Only the cause of a failure that blocks would meet as well is final; a file system that cannot
 // do it itself leaves the rest, wherever both files stand now, to blocks.
-int copyBySystem(int source, int target)
+int copyBySystem(int source, int target, off_t size)
 {
     if (::ioctl(target, FICLONE, source) == 0)
         return 0;
     while (true) {
         const ssize_t count = ::copy_file_range(source, nullptr, target, nullptr, RangeSize, 0);
         if (count == 0)
-            return copyByBlocks(source, target);
+            return copyByBlocks(source, target, size);
         if (count < 0 && (errno == ENOSPC || errno == EDQUOT || errno == EFBIG))
             return errno;
         if (count < 0 && errno != EINTR)
-            return copyByBlocks(source, target);
+            return copyByBlocks(source, target, size);
     }
 }
 
@@ -78,8 +80,9 @@ int writeAll(int target, const char* bytes, std::size_t size)
 int copyInto(int source, const struct stat& sourceStatus, int target,
              const struct stat& targetStatus)
 {
-    const bool isSmall = sourceStatus.st_size < SmallFile;
-    const int cause = isSmall ? copyByBlocks(source, target) : copyBySystem(source, target);
+    const off_t size = sourceStatus.st_size;
+    const int cause =
+        size < SmallFile ? copyByBlocks(source, target, size) : copyBySystem(source, target, size);
     if (cause != 0)
         return cause;
     constexpr mode_t Permissions = S_IRWXU | S_IRWXG | S_IRWXO;

@@ -2,7 +2,6 @@
 
 #include "platform/posix/native_path.h"
 
-#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -139,8 +138,8 @@ ErrorCode createDirectory(const std::string& path)
 
 ErrorCode createDirectories(const std::string& path)
 {
-    std::string text(path.c_str());
-    std::replace(text.begin(), text.end(), '\\', '/');
+    std::string text = path.substr(0, path.find('\0'));
+    toSlashes(text);
     FileDescriptor folder(::open(text.starts_with('/') ? "/" : ".", O_PATH | O_CLOEXEC));
     char* rest = nullptr;
     for (const char* name = ::strtok_r(text.data(), "/", &rest); name != nullptr;

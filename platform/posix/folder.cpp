@@ -39,6 +39,8 @@ EntryType lookUpType(int folder, const char* name)
 }
 
 struct Folder::State {
+    explicit State(FileDescriptor descriptor) : file(std::move(descriptor)) {}
+
     FileDescriptor file;
 
     int get() const { return file.get(); }
@@ -46,7 +48,9 @@ struct Folder::State {
 
 Folder::Folder() = default;
 
-Folder::Folder(const std::string& path) : m_state(new State{NativePath(path).open(ReadFlags)}) {}
+Folder::Folder(const std::string& path)
+    : m_state(std::make_unique<State>(NativePath(path).open(ReadFlags)))
+{}
 
 Folder::Folder(Folder&& other) noexcept = default;
 Folder& Folder::operator=(Folder&& other) noexcept = default;
@@ -68,16 +72,16 @@ FolderIdentity Folder::identity() const
 Folder Folder::openChild(const std::string& name) const
 {
     Folder child;
-    child.m_state.reset(
-        new State{FileDescriptor(::openat(m_state->get(), name.c_str(), ReadFlags | O_NOFOLLOW))});
+    child.m_state = std::make_unique<State>(
+        FileDescriptor(::openat(m_state->get(), name.c_str(), ReadFlags | O_NOFOLLOW)));
     return child;
 }
 
 Folder Folder::openParent() const
 {
     Folder parent;
-    parent.m_state.reset(new State{
-        FileDescriptor(::openat(m_state->get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC))});
+    parent.m_state = std::make_unique<State>(
+        FileDescriptor(::openat(m_state->get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC)));
     return parent;
 }
 

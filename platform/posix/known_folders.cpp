@@ -86,12 +86,14 @@ std::string temporaryDirectory()
 std::string createTemporaryFile(const std::string& prefix)
 {
     constexpr int Attempts = 100;
+    // As on Windows no more of it counts.
+    constexpr std::size_t PrefixLength = 3;
     constexpr char Digits[] = "0123456789abcdef";
     std::array<unsigned char, 8> random = {};
     for (int attempt = 0; attempt < Attempts; ++attempt) {
         if (::getrandom(random.data(), random.size(), 0) != ssize_t(random.size()))
             return {};
-        std::string path = temporaryDirectory() + prefix;
+        std::string path = temporaryDirectory() + prefix.substr(0, PrefixLength);
         for (const unsigned char byte : random)
             path += Digits[byte & 15U];
         path += ".tmp";

@@ -1,5 +1,7 @@
 #include "platform/posix/native_path.h"
 
+#include "platform/codepage.h"
+
 #include <algorithm>
 #include <climits>
 #include <cstring>
@@ -35,10 +37,25 @@ ErrorCode errorCode(int cause)
     return found == std::end(Causes) ? GeneralFailure : found->code;
 }
 
-NativePath::NativePath(const std::string& path)
-    : m_text(path.c_str()), m_name(m_text.data()), m_noFolder(AT_FDCWD)
+void toSlashes(std::string& path)
 {
-    std::replace(m_text.begin(), m_text.end(), '\\', '/');
+    struct LeadBytes {
+        bool isLead[256];
+        LeadBytes() { readLeadBytes(isLead); }
+    };
+    static const LeadBytes bytes;
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        if (path[i] == '\\')
+            path[i] = '/';
+        else if (bytes.isLead[static_cast<unsigned char>(path[i])])
+            ++i;
+    }
+}
+
+NativePath::NativePath(const std::string& path)
+    : m_text(path.substr(0, path.find('\0'))), m_name(m_text.data()), m_noFolder(AT_FDCWD)
+{
+    toSlashes(m_text);
     char* rest = m_text.data();
     char* const end = rest + m_text.size();
     while (end - rest >= PATH_MAX) {

@@ -12,6 +12,9 @@ namespace Tools::Platform {
 // The Windows number for a cause told by errno. A missing name counts as a missing file.
 ErrorCode errorCode(int cause);
 
+// Turns the backslashes of a path into slashes, but not the second bytes of double-byte characters.
+void toSlashes(std::string& path);
+
 // A path as the calls with a directory descriptor take it. A text too long for one call is walked
 // in pieces to a directory near its end.
 class NativePath {

@@ -64,22 +64,18 @@ std::uint64_t InputFile::size() const
                : 0;
 }
 
-bool InputFile::seek(std::uint64_t offset)
-{
-    LARGE_INTEGER target = {};
-    target.QuadPart = static_cast<LONGLONG>(offset);
-    return ::SetFilePointerEx(handle(m_handle), target, nullptr, FILE_BEGIN) != FALSE;
-}
-
-bool InputFile::read(void* buffer, std::size_t capacity, std::size_t& count)
+bool InputFile::read(std::uint64_t offset, void* buffer, std::size_t capacity,
+                     std::size_t& count) const
 {
     constexpr std::size_t Largest = std::size_t{1} << 30U;
     count = 0;
     while (count < capacity) {
         const DWORD wanted = static_cast<DWORD>(std::min(capacity - count, Largest));
+        OVERLAPPED from = position(offset + count);
         DWORD part = 0;
         if (::ReadFile(handle(m_handle), static_cast<char*>(buffer) + count, wanted, &part,
-                       nullptr) == FALSE)
+                       &from) == FALSE &&
+            ::GetLastError() != ERROR_HANDLE_EOF)
             return false;
         if (part == 0)
             break;
@@ -112,14 +108,14 @@ bool AppendedFile::isSame(const InputFile& other) const
            own.nFileIndexHigh == source.nFileIndexHigh && own.nFileIndexLow == source.nFileIndexLow;
 }
 
-bool AppendedFile::append(InputFile& source)
+bool AppendedFile::append(const InputFile& source)
 {
     const std::unique_ptr<char[]> block(new char[BlockSize]);
     std::uint64_t end = m_start;
     std::size_t count = 0;
     do {
         const bool written =
-            source.read(block.get(), BlockSize, count) &&
+            source.read(end - m_start, block.get(), BlockSize, count) &&
             (count == 0 || writeLocked(handle(m_handle), end, block.get(), DWORD(count)));
         if (!written) {
             LARGE_INTEGER start = {};

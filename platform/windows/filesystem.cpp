@@ -3,15 +3,30 @@
 #include "platform/windows/native_path.h"
 
 #include <algorithm>
+#include <mbstring.h>
 #include <shlwapi.h>
 
 namespace Tools::Platform {
 
 std::string nativePath(const std::string& path)
 {
-    std::string text(path.c_str());
+    std::string text = path.substr(0, path.find('\0'));
     std::replace(text.begin(), text.end(), '/', '\\');
     return text;
+}
+
+std::size_t findBackslash(const std::string& path, std::size_t from)
+{
+    const auto* begin = reinterpret_cast<const unsigned char*>(path.c_str());
+    const unsigned char* found = ::_mbschr(begin + std::min(from, path.size()), '\\');
+    return found == nullptr ? std::string::npos : static_cast<std::size_t>(found - begin);
+}
+
+std::size_t findLastBackslash(const std::string& path)
+{
+    const auto* begin = reinterpret_cast<const unsigned char*>(path.c_str());
+    const unsigned char* found = ::_mbsrchr(begin, '\\');
+    return found == nullptr ? std::string::npos : static_cast<std::size_t>(found - begin);
 }
 
 EntryType entryType(DWORD attributes, DWORD tag)
@@ -67,13 +82,14 @@ ErrorCode createDirectories(const std::string& path)
 {
     const std::string name = nativePath(path);
     ErrorCode code = 0;
-    for (std::size_t end = 0; end < name.size();) {
-        end = std::min(name.find('\\', end + 1), name.size());
+    for (std::size_t begin = 0, end = 0; end < name.size(); begin = end + 1) {
+        end = std::min(findBackslash(name, begin), name.size());
         const std::string level = name.substr(0, end);
+        if (level.empty())
+            continue;
+        code = ::CreateDirectoryA(level.c_str(), nullptr) != FALSE ? 0 : lastError();
         // Roots, and levels that the user may not look into, cannot be made, but may be there.
-        if (::CreateDirectoryA(level.c_str(), nullptr) == FALSE)
-            code = isDirectory(level) ? 0 : lastError();
-        else
+        if (code != 0 && isDirectory(level))
             code = 0;
     }
     return isDirectory(name) ? 0 : code;

@@ -18,7 +18,7 @@ Folder::Folder(const std::string& path)
         return;
     std::string text = nativePath(path);
     // "C:" is the current directory of that drive, and "C:\" another one.
-    if (!text.ends_with('\\') && !text.ends_with(':'))
+    if (findLastBackslash(text) != text.size() - 1 && !text.ends_with(':'))
         text += '\\';
     m_state.reset(new State{std::move(text)});
 }
@@ -59,8 +59,8 @@ Folder Folder::openParent() const
 {
     Folder parent;
     const std::string& path = m_state->path;
-    const std::size_t end = path.rfind('\\', path.size() - 2);
-    if (path.size() >= 2 && end != std::string::npos)
+    const std::size_t end = findLastBackslash(path.substr(0, path.size() - 1));
+    if (end != std::string::npos)
         parent.m_state.reset(new State{path.substr(0, end + 1)});
     return parent;
 }

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "platform/file_blocks.h"
+
+namespace Tools {
+
+// Same length and same bytes. Stops at the first difference. False if one cannot be read.
+bool haveSameBytes(const Platform::InputFile& a, const Platform::InputFile& b);
+
+}

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace MdToolsTest {
+
+// The path of an entry of the work directory.
+std::string workPath(const std::string& name);
+
+// Whole files, byte by byte.
+void writeFile(const std::string& path, const std::string& bytes);
+std::string readFile(const std::string& path);
+
+// What Wine does not do as the systems it stands for: as root it opens write-protected files for
+// writing, its run-time library lets everybody open what a program has open, and names in a code
+// page reach the disk only if the locale of the page is installed.
+extern const bool ProtectedFilesCannotBeOpened;
+extern const bool OpenFilesAreNotShared;
+extern const bool DoubleByteNamesReachTheDisk;
+
+void setWriteProtected(const std::string& path, bool isProtected);
+
+// A symbolic link. False where the system does not let this user make one.
+bool makeLink(const std::string& target, const std::string& link);
+
+// Holds a file for itself alone, as another program would.
+class HeldFile {
+public:
+    explicit HeldFile(const std::string& path);
+    HeldFile(const HeldFile&) = delete;
+    HeldFile& operator=(const HeldFile&) = delete;
+    ~HeldFile();
+
+private:
+    std::intptr_t m_handle;
+};
+
+// A disk of its own with room for `size` bytes, at the directory `path`, which it makes. Not there
+// (why() tells the reason) if this user may not mount one.
+class SmallDisk {
+public:
+    SmallDisk(const std::string& path, std::size_t size);
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+    ~SmallDisk();
+
+    bool isThere() const { return m_reason.empty(); }
+    const std::string& why() const { return m_reason; }
+
+private:
+    std::string m_path;
+    std::string m_reason;
+};
+
+// While it lives, this process has the rights of an ordinary user, who owns nothing.
+class OrdinaryUser {
+public:
+    OrdinaryUser();
+    OrdinaryUser(const OrdinaryUser&) = delete;
+    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
+    ~OrdinaryUser();
+    // False where the system knows no rights of this kind.
+    bool isThere() const { return m_isThere; }
+
+private:
+    bool m_isThere = false;
+};
+
+// Lets this process open no more than `count` files; returns the former number.
+int limitOpenFiles(int count);
+
+}
