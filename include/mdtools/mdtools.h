@@ -21,6 +21,7 @@
 #include <mdtools/file.h>
 #include <mdtools/filters.h>
 #include <mdtools/folders.h>
+#include <mdtools/formula_interpreter.h>
 #include <mdtools/geometry.h>
 #include <mdtools/guid_util.h>
 #include <mdtools/language.h>
@@ -34,8 +35,8 @@
 #include <mdtools/path.h>
 #include <mdtools/platform_types.h>
 #include <mdtools/process.h>
-#include <mdtools/recorder.h>
 #include <mdtools/progress.h>
+#include <mdtools/recorder.h>
 #include <mdtools/registry.h>
 #include <mdtools/selection.h>
 #include <mdtools/shell.h>
