@@ -37,12 +37,23 @@ struct Range {
     int end;
 };
 
-// The range of the chunk with this number, counted from 0.
-inline Range chunkRange(int count, int chunks, int number)
-{
-    const int length = count / chunks;
-    return {number * length, number + 1 < chunks ? (number + 1) * length : count};
-}
+// Gives the range of the chunk with a number, counted from 0.
+class ChunkRanges {
+public:
+    ChunkRanges(int count, int chunks)
+        : m_count(count), m_last(chunks - 1), m_length(count / chunks)
+    {}
+
+    Range operator()(int number) const
+    {
+        return {number * m_length, number == m_last ? m_count : (number + 1) * m_length};
+    }
+
+private:
+    int m_count;
+    int m_last;
+    int m_length;
+};
 
 // At the end of a process Windows ends all threads but one before libraries clean up. Nothing can
 // be waited for then, and what the threads were using must stay as it is. Linux leaves them

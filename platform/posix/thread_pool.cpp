@@ -221,7 +221,7 @@ void Pool::run(const LoopBody& body, std::uint32_t count, Ranges range)
     try {
         for (; ready < count; ++ready) {
             std::construct_at(&slot(ready).body, body);
-            slot(ready).range = range(ready);
+            slot(ready).range = range(static_cast<int>(ready));
         }
     } catch (...) {
         while (ready > 0)
@@ -421,8 +421,8 @@ void runWorks(Pool* pool, Work* const* works, std::size_t count)
     while (count > 0) {
         const std::size_t part = std::min(count, MostCalls);
         pool->run([works](int i, int) { callWork(works[i]); }, static_cast<std::uint32_t>(part),
-                  [](std::uint32_t i) {
-                      return Range{static_cast<int>(i), 0};
+                  [](int i) {
+                      return Range{i, 0};
                   });
         works += part;
         count -= part;
@@ -431,9 +431,7 @@ void runWorks(Pool* pool, Work* const* works, std::size_t count)
 
 void runLoop(Pool* pool, const LoopBody& body, int count, int chunks)
 {
-    pool->run(body, static_cast<std::uint32_t>(chunks), [count, chunks](std::uint32_t i) {
-        return chunkRange(count, chunks, static_cast<int>(i));
-    });
+    pool->run(body, static_cast<std::uint32_t>(chunks), ChunkRanges(count, chunks));
 }
 
 bool threadsHaveEnded()

@@ -139,8 +139,9 @@ void runLoop(Pool* pool, const LoopBody& body, int count, int chunks)
 {
     std::vector<std::unique_ptr<Chunk>> items;
     std::vector<Work*> works;
+    const ChunkRanges ranges(count, chunks);
     for (int i = 0; i < chunks; ++i) {
-        items.push_back(std::make_unique<Chunk>(body, chunkRange(count, chunks, i)));
+        items.push_back(std::make_unique<Chunk>(body, ranges(i)));
         items.back()->work = createWork(pool, Chunk::run, items.back().get());
         works.push_back(items.back()->work);
     }
