@@ -34,6 +34,7 @@
 #include <mdtools/observer.h>
 #include <mdtools/path.h>
 #include <mdtools/platform_types.h>
+#include <mdtools/print_job.h>
 #include <mdtools/process.h>
 #include <mdtools/progress.h>
 #include <mdtools/recorder.h>
