@@ -45,7 +45,8 @@ protected:
     ~ValueReceiver() = default;
 };
 
-// False, and nothing is received, if there is no such value. Names of values end at their first NUL.
+// False, and nothing is received, if there is no such value. Names of values end at their first
+// NUL.
 bool readValue(KeyHandle key, const std::string& name, ValueReceiver& receiver);
 
 // Both open the key once more, for writing. A value takes the place of an old one in one step.

@@ -1,5 +1,6 @@
 // What only the stores on Linux have: files, their rights, and what can happen to them.
 #include "support/child_process.h"
+#include "support/module.h"
 #include "support/registry_test.h"
 
 #include <mdtools/environment.h>
@@ -275,6 +276,17 @@ TEST_F(RegistryFiles, otherUsers)
     ASSERT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(machine["v"].getDWord(), 5u);
+}
+
+// A library that is unloaded closes what it had open. Tables of constants stay by intention; a leak
+// checker would find them.
+TEST_F(RegistryFiles, unloading)
+{
+    const ChildResult host = runChild(builtProgram("settings_host"),
+                                      {builtProgram("settings_module.so"), libraryPath(), m_path},
+                                      {{"ASAN_OPTIONS", "detect_leaks=0"}});
+    EXPECT_EQ(host.exitCode, 0) << host.errors;
+    EXPECT_EQ(m_key["module"].getDWord(), 5u);
 }
 
 // Handles that were closed already do no harm.

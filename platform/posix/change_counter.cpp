@@ -23,6 +23,12 @@ bool isLongEnough(int file)
 
 }
 
+ChangeCounter::~ChangeCounter()
+{
+    if (m_number != nullptr)
+        ::munmap(m_number, Size);
+}
+
 void ChangeCounter::open(const std::string& path, mode_t mode)
 {
     m_number = nullptr;

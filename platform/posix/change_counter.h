@@ -17,6 +17,7 @@ public:
     static constexpr std::uint64_t Unknown = 1;
 
     ChangeCounter() = default;
+    ~ChangeCounter();
     ChangeCounter(const ChangeCounter&) = delete;
     ChangeCounter& operator=(const ChangeCounter&) = delete;
 

@@ -191,6 +191,8 @@ RegistryDatabase::State RegistryDatabase::open()
     if (m_connection != nullptr)
         return State::Open;
     struct stat info {};
+    if (m_place.directory.empty())
+        return State::Unusable;
     if (::stat(databaseFile().c_str(), &info) != 0)
         return errno == ENOENT || errno == ENOTDIR ? State::Missing : State::Unusable;
     if (!S_ISREG(info.st_mode) || !openFile()) {

@@ -32,6 +32,7 @@ struct StoredValue {
 class RegistryDatabase {
 public:
     struct Place {
+        // Empty if there is no place for the database.
         std::string directory;
         std::string name;
         mode_t directoryMode;

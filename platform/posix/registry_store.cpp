@@ -1,17 +1,17 @@
 #include "platform/registry_store.h"
 
+#include "platform/environment.h"
+#include "platform/known_folders.h"
 #include "platform/posix/recent_values.h"
 #include "platform/posix/registry_cache.h"
+#include "platform/unload.h"
 
 #include <array>
-#include <cstdlib>
 #include <filesystem>
 #include <mutex>
 #include <vector>
 
-#include <dlfcn.h>
 #include <pthread.h>
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -71,29 +71,21 @@ private:
     std::vector<std::size_t> m_free;
 };
 
-// Relative names in variables are meant for the directory that the program was started in.
-std::string variable(const char* name)
+// A relative name means the directory that the program is in at the first use.
+std::string directoryOfAll()
 {
-    const char* text = ::secure_getenv(name);
-    if (text == nullptr || *text == '\0')
-        return std::string();
+    std::string path;
     std::error_code error;
-    return std::filesystem::absolute(text, error).string();
+    if (readVariable("MDTOOLS_REGISTRY_DIR", path) && !path.empty())
+        path = std::filesystem::absolute(path, error).string();
+    return path;
 }
 
-std::string homeDirectory()
-{
-    std::string home = variable("HOME");
-    if (!home.empty())
-        return home;
-    const passwd* user = ::getpwuid(::geteuid());
-    return user != nullptr ? user->pw_dir : "/";
-}
-
+// Empty if the user has no place for it.
 std::string userDirectory()
 {
-    const std::string configuration = variable("XDG_CONFIG_HOME");
-    return (configuration.empty() ? homeDirectory() + "/.config" : configuration) + "/Meroda";
+    const std::string data = applicationDataDirectory();
+    return data.empty() ? data : data + "/Meroda";
 }
 
 constexpr mode_t OwnerOnly = S_IRUSR | S_IWUSR;
@@ -110,8 +102,7 @@ RegistryDatabase::Place machinePlace(const std::string& directory, const std::st
     return {directory.empty() ? "/etc/meroda" : directory, name, OpenToAll, ReadableByAll, false};
 }
 
-// Everything that a process holds of the store. It is never destroyed: keys may be in use until the
-// process ends.
+// Everything that a process holds of the store, from its first use until the library is unloaded.
 class Store {
 public:
     static Store& get()
@@ -139,19 +130,17 @@ private:
 
     static Store* make()
     {
-        keepLibrary();
-        auto* store = new Store(variable("MDTOOLS_REGISTRY_DIR"));
+        auto* store = new Store(directoryOfAll());
         ::pthread_atfork(beforeFork, afterFork, afterFork);
+        atUnload(release);
         return store;
     }
 
-    // The databases stay open until the process ends, so the code that knows them has to stay too,
-    // even if the program unloads the library; loaded again, it finds them.
-    static void keepLibrary()
+    // At the end of the process keys may still be in use, and the system closes all by itself.
+    static void release()
     {
-        Dl_info info{};
-        if (::dladdr(reinterpret_cast<void*>(&Store::keepLibrary), &info) != 0)
-            ::dlopen(info.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+        if (!processEnds())
+            delete &get();
     }
 
     // A database that a child process inherits open would be damaged by the two.
