@@ -51,7 +51,9 @@ bool Directory::createRecursively(const std::string& name)
 
 bool Directory::remove(const std::string& name)
 {
-    return Platform::removeDirectory(name) == 0;
+    const Platform::EntryType type = Platform::entryType(name);
+    const bool isLink = type == Platform::EntryType::DirectoryLink;
+    return (isLink ? Platform::removeLink(name, type) : Platform::removeDirectory(name)) == 0;
 }
 
 bool Directory::removeRecursively(const std::string& name)

@@ -25,7 +25,7 @@ bool isDirectory(const std::string& path);
 ErrorCode createDirectory(const std::string& path);
 // Every missing level from the root down.
 ErrorCode createDirectories(const std::string& path);
-// Only an empty directory, and never a link to one.
+// An empty directory; for links there is removeLink().
 ErrorCode removeDirectory(const std::string& path);
 std::string currentDirectory();
 bool setCurrentDirectory(const std::string& path);

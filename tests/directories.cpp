@@ -215,6 +215,8 @@ TEST_F(DirectoryTest, neverFollowsLinks)
     EXPECT_TRUE(File::removeDirectoryRecursively(path("t")));
     ASSERT_TRUE(makeLink(path("s"), path("link")));
     EXPECT_TRUE(Directory::removeRecursively(path("link/")));
+    ASSERT_TRUE(makeLink(path("s"), path("link")));
+    EXPECT_TRUE(Directory::remove(path("link")));
     EXPECT_TRUE(Directory::exists(path("s")));
     EXPECT_TRUE(Directory::removeRecursively(path("s")));
     EXPECT_EQ(readFile(path("outside/precious")), "x");

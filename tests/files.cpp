@@ -197,6 +197,7 @@ TEST_F(FileTest, renames)
     EXPECT_EQ(readFile(path("b")), "2");
     EXPECT_TRUE(File::rename(Tools::Path(path("a")), Tools::Path(path("c"))));
     EXPECT_EQ(readFile(path("c")), "1");
+    EXPECT_TRUE(File::rename(path("c"), path("c")));
     EXPECT_FALSE(File::rename(path("a"), path("d")));
     EXPECT_FALSE(File::rename(path("b"), path("missing/b")));
     EXPECT_TRUE(Directory::create(path("folder")));

@@ -33,7 +33,7 @@ public:
     // not one.
     static bool createRecursively(const std::string& name);
 
-    // Only an empty directory can be removed.
+    // An empty directory, or the link to any.
     static bool remove(const std::string& name);
     // Removes the directory with all that is in it, write-protected files too. If something cannot
     // be removed the rest is removed nevertheless.

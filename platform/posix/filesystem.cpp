@@ -230,6 +230,9 @@ ErrorCode renameEntry(const std::string& oldPath, const std::string& newPath)
     if (::renameat2(from.folder(), from.name(), to.folder(), to.name(), RENAME_NOREPLACE) == 0)
         return 0;
     int cause = errno;
+    // An entry has its own name already.
+    if (cause == EEXIST && oldPath == newPath)
+        return 0;
     if (cause == EXDEV)
         cause = moveAcross(from, to);
     if (cause == 0)
