@@ -25,9 +25,9 @@ MDTOOLS_API std::string getInstalledDataDirectory();
 // a final separator; empty if the system has no such place.
 MDTOOLS_API std::string getUserDirectory();
 
-// The earlier rule, for programs that keep to it: the directory that the user's settings name, if it
-// exists; else the home directory told by HOMEDRIVE and HOMEPATH; else one of the user's name below
-// the installation directory.
+// The earlier rule, for programs that keep to it: the directory that the user's settings name, if
+// it exists; else the home directory told by HOMEDRIVE and HOMEPATH; else one of the user's name
+// below the installation directory.
 MDTOOLS_API std::string getUserDirectoryOld();
 
 // The system's directory of temporary files, with a final separator.
