@@ -8,6 +8,9 @@ namespace Tools::Platform {
 // Writes the very bytes to the standard output, past any buffer. False if nobody takes them.
 bool writeStandardOutput(const char* text, std::size_t size);
 
+// The standard error output is seen by somebody, not written to a file or another program.
+bool isTerminal();
+
 // `handler` is called when the user or the system asks the program to end: Ctrl-C, the end of the
 // session. It may run at any moment, on any thread, and do only what a signal handler may.
 void onEndRequest(void (*handler)());

@@ -7,6 +7,7 @@
 #include "support/test_environment.h"
 
 #include <mdtools/path.h>
+#include <mdtools/registry.h>
 
 #include <gmock/gmock.h>
 
@@ -46,20 +47,34 @@ struct RunResult {
     std::string errors;
 };
 
-RunResult runWith(const std::vector<std::string>& arguments)
+RunResult runWith(const std::vector<std::string>& arguments, const std::string& input = "")
 {
+    std::istringstream lines(input);
     std::ostringstream output, errors;
-    const Outcome outcome = run(arguments, output, errors);
+    const Outcome outcome = run(arguments, {lines, output, errors});
     return {outcome, output.str(), errors.str()};
 }
 
+// Keeps the program's files in the work directory.
 class GirderProgram : public ::testing::Test {
 protected:
-    ~GirderProgram() override { MdToolsTest::removeUserKey("SOFTWARE\\MERODA\\Girder"); }
+    GirderProgram() { runWith({"set", "Directory", inWorkDirectory("files")}); }
+    // The next test finds the defaults again.
+    ~GirderProgram() override
+    {
+        Tools::RegistryKey settings = Tools::Registry::find(
+            Tools::Registry::CurrentUser, "SOFTWARE\\MERODA\\Girder\\Settings", true);
+        std::vector<Tools::RegistryValue> values;
+        for (Tools::RegistryValue::Iterator it(settings); it.valid(); ++it)
+            values.push_back(*it);
+        for (const Tools::RegistryValue& value : values)
+            settings.remove(value);
+        MdToolsTest::removeUserKey("SOFTWARE\\MERODA\\Girder");
+    }
 };
 
 const std::string twoSpans =
-    "(\n"
+    "( version = \"1.1\"\n"
     " title = \"Two\\\\ \\\"spans\\\"\" # comment\n"
     " spans = [\n"
     "  ( length = 8 stiffness = 2.1e4 load = 12.0 )\n"
@@ -80,13 +95,14 @@ TEST(GirderModel, reads)
 {
     Remarks remarks("two");
     const Model model = readModel(write("two", twoSpans), remarks);
-    EXPECT_THAT(remarks.lines(), IsEmpty());
+    EXPECT_TRUE(remarks.recorder().isEmpty());
     EXPECT_EQ(model.title, "Two\\ \"spans\"");
     EXPECT_EQ(model.stations, 0);
     EXPECT_THAT(model.supports, ElementsAre(Support::Hinged, Support::Interior, Support::Fixed));
     ASSERT_EQ(model.spans.size(), 2U);
     EXPECT_EQ(model.spans[0].length, 8.0);
-    EXPECT_EQ(model.spans[1].stiffness, 21000.0);
+    ASSERT_EQ(model.spans[1].stiffness.size(), 1U);
+    EXPECT_EQ(model.spans[1].stiffness[0].value, 21000.0);
     ASSERT_EQ(model.spans[1].loads.points.size(), 1U);
     EXPECT_EQ(model.spans[1].loads.points[0].position, 2.5);
     EXPECT_EQ(model.spans[1].loads.points[0].force, -10.0);
@@ -121,6 +137,17 @@ TEST(GirderModel, faults)
         {" title", " stations = 0 title",
          "stations: must be a whole number from 1 to 1000, but is 0"},
         {" title", " stations = 9.5 title", "stations: must be a whole number, but is a number"},
+        {"\"1.1\"", "\"3.0\"",
+         "version: is not known to this program, which reads up to 1.1: \"3.0\""},
+        {"version = \"1.1\"", "", "version: is missing"},
+        {"= 21000", "= [ (position=1 value=5) (position=1 value=6) ]",
+         "spans[2].stiffness[2].position: must lie behind that of the point before"},
+        {"= 21000", "= [ (position=9 value=5) ]",
+         "spans[2].stiffness[1].position: must lie within"},
+        {"= 21000", "= [ ]", "spans[2].stiffness: must hold one point at least"},
+        {"load = 12.0", "load = 12.0 depth = 0.4", "spans[1].reinforcement: is missing"},
+        {"\n)\n", "\n train = [ ( distance = -1 force = 5 ) ] )\n",
+         "train[1].distance: must not be negative, but is -1"},
         {"load = 12.0", "load = 12.0 laod = 1", "spans[1].laod: is no entry of a model"},
         // The text itself: every way for it to be no record, with the line.
         {"length = 8.0", "length = 8m",
@@ -131,7 +158,7 @@ TEST(GirderModel, faults)
          "spans[2].length: line 5: expected a value, but found \"x\""},
         {"length = 8.0", "7", "spans[2]: line 5: expected the name of an entry or \")\""},
         {"( length = 8.0", "length = 8.0", "spans[2]: line 5: expected \"(\" or \"]\""},
-        {"(\n", "[\n", "line 1: expected \"(\", but found \"[\""},
+        {"( version", "[ version", "line 1: expected \"(\", but found \"[\""},
         {"\n)\n", "\n",
          "supports: line 8: expected the name of an entry or \")\", but found the end"},
         {"\n)\n", "\n) # end\n x", "line 9: expected nothing more"},
@@ -149,6 +176,56 @@ TEST(GirderModel, faults)
         EXPECT_THAT(remarks.lines().front(), HasSubstr(c.remark));
         EXPECT_THAT(remarks.lines().front(), StartsWith("bad: "));
     }
+}
+
+TEST(GirderModel, stiffnessTables)
+{
+    Remarks remarks("table");
+    const std::string text =
+        replaced("stiffness = 21000", "stiffness = [ (position = 0 value = 16.5e6)"
+                                      " (position = 4 value = 7e6) ]"
+                                      " reinforcement = 4.5239 depth = 0.4");
+    const Model model = readModel(write("table", text), remarks);
+    EXPECT_FALSE(remarks.hasError());
+    ASSERT_EQ(model.spans.size(), 2U);
+    ASSERT_EQ(model.spans[1].stiffness.size(), 2U);
+    EXPECT_EQ(model.spans[1].stiffness[0].value, 16.5e6);
+    EXPECT_EQ(model.spans[1].stiffness[1].position, 4.0);
+    EXPECT_NEAR(model.spans[1].reinforcement, 4.5239, 1e-4);
+    EXPECT_EQ(model.spans[1].depth, 0.4);
+
+    // What is new needs the version that brought it; an older file is read all the same.
+    Remarks old("old");
+    readModel(write("old", "( version = \"1.0\"" + text.substr(text.find('\n'))), old);
+    EXPECT_THAT(old.lines(),
+                ElementsAre("old: version: note: the format is now at version 1.1",
+                            "old: spans[2].stiffness: needs version 1.1 of the format, but the "
+                            "model has 1.0",
+                            "old: spans[2].reinforcement: needs version 1.1 of the format, but the "
+                            "model has 1.0"));
+}
+
+// All remarks are shown, not the first one only.
+TEST(GirderModel, severalRemarks)
+{
+    std::string text = replaced("length = 8.0", "length = -8");
+    text.replace(text.find("12.0"), 4, "[]  ");
+    Remarks errors("bad");
+    readModel(write("bad", text), errors);
+    EXPECT_THAT(errors.lines(),
+                ElementsAre("bad: spans[1].load: must be a number, but is a list in brackets",
+                            "bad: spans[2].length: must be greater than 0, but is -8",
+                            HasSubstr("spans[2].pointLoads[1].position")));
+
+    Remarks warnings("odd");
+    text = replaced("stiffness = 21000", "stiffness = 21000000");
+    const std::string force = "( position = 2.5 force = -1e1 )";
+    text.insert(text.find(force), force);
+    readModel(write("odd", text), warnings);
+    EXPECT_FALSE(warnings.hasError());
+    EXPECT_THAT(warnings.lines(),
+                ElementsAre("odd: spans[2].pointLoads[2]: warning: is the same as the one before",
+                            HasSubstr("odd: spans[2].stiffness: warning: differs")));
 }
 
 TEST(GirderModel, hostileTexts)
@@ -193,16 +270,47 @@ TEST_F(GirderProgram, computesAndStoresTheResult)
     EXPECT_NEAR(stations[10].getReal("moment"), record.getSequence("supports")[2].getReal("moment"),
                 1e-9);
 
-    // Without a model the last one is computed again; its result stands beside it.
+    // Without a model the last one is computed again; the files stand in the program's directory.
     const RunResult again = runWith({});
     EXPECT_EQ(again.outcome, Outcome::Done);
-    EXPECT_EQ(read(model + ".result"), read(inWorkDirectory("out")));
+    EXPECT_EQ(read(inWorkDirectory("files/two.result")), read(inWorkDirectory("out")));
+}
+
+TEST_F(GirderProgram, logsWhatItDoes)
+{
+    const std::string good = write("good", twoSpans);
+    const std::string bad = write("bad", replaced("length = 8.0", "length = -8"));
+    runWith({good});
+    runWith({bad});
+    const std::string log = read(inWorkDirectory("files/girder.log"));
+    EXPECT_THAT(log,
+                HasSubstr(" " + good + ": results in " + inWorkDirectory("files/good.result")));
+    EXPECT_THAT(log, HasSubstr(" " + bad + ": spans[2].length: must be greater"));
+    // Each line begins with date and time.
+    EXPECT_EQ(log.substr(2, 1) + log.substr(5, 1) + log.substr(13, 1), "..:");
+}
+
+TEST_F(GirderProgram, archivesFinishedJobs)
+{
+    const std::string model = write("hall.girder", twoSpans);
+    const std::string archive = inWorkDirectory("archive/deep");
+    EXPECT_THAT(runWith({model, "--archive", archive}).output,
+                HasSubstr("Archive: " + archive + "/hall\n"));
+    for (const char* name : {"/hall/hall.girder", "/hall/hall.result"})
+        EXPECT_NE(read(archive + name), "") << name;
+    // A second job of the same name gets a folder of its own, too.
+    EXPECT_THAT(runWith({model, "--archive", archive}).output,
+                HasSubstr("Archive: " + archive + "/hall-2\n"));
+    EXPECT_EQ(read(archive + "/hall-2/hall.girder"), twoSpans);
+    const RunResult failed = runWith({model, "--archive", model});
+    EXPECT_EQ(failed.outcome, Outcome::Failed);
+    EXPECT_EQ(failed.errors, model + ": the job cannot be archived here\n");
 }
 
 TEST_F(GirderProgram, listing)
 {
     const std::string model =
-        write("simple.girder", "( title = \"Beam\" stations = 2\n"
+        write("simple.girder", "( version = \"1.0\" title = \"Beam\" stations = 2\n"
                                " spans = [ ( length = 8 stiffness = 64000 load = 12.5 ) ]\n"
                                " supports = [ ( kind = \"hinged\" ) ( kind = \"hinged\" ) ] )");
     const RunResult computed = runWith({model, "--result", inWorkDirectory("out")});
@@ -242,9 +350,14 @@ TEST_F(GirderProgram, failures)
         {{good, "--result", inWorkDirectory("no/where")},
          Outcome::Failed,
          inWorkDirectory("no/where") + ": cannot be written\n"},
+        {{good, "--result", good},
+         Outcome::WrongUsage,
+         "girder: the results would replace the model\n"},
         {{good, good}, Outcome::WrongUsage, "girder: one model at a time\nusage: "},
-        {{good, "--result"}, Outcome::WrongUsage, "girder: \"--result\" needs a file\nusage: "},
-        {{"--colour"}, Outcome::WrongUsage, "girder: there is no option \"--colour\"\nusage: "},
+        {{good, "--result"}, Outcome::WrongUsage, "girder: \"--result\" needs a value\nusage: "},
+        {{"--colour"},
+         Outcome::WrongUsage,
+         "girder: there is no option \"--colour\" here\nusage: "},
         {{"settings", "all"}, Outcome::WrongUsage, "girder: \"settings\" takes no arguments\n"},
         {{"set", "Decimals"}, Outcome::WrongUsage, "girder: \"set\" takes a name and a value\n"},
         {{"set", "Decimals", "3x"},
@@ -268,10 +381,12 @@ TEST_F(GirderProgram, settings)
 {
     EXPECT_EQ(runWith({"set", "stationsPerSpan", "4"}).outcome, Outcome::Done);
     EXPECT_EQ(runWith({"set", "Decimals", "1"}).outcome, Outcome::Done);
-    EXPECT_EQ(runWith({"set", "LastModel", "x.girder"}).outcome, Outcome::Done);
+    const std::string model = inWorkDirectory("x.girder");
+    EXPECT_EQ(runWith({"set", "LastModel", model}).outcome, Outcome::Done);
     EXPECT_EQ(runWith({"set", "NumberStyle", "Engineering"}).outcome, Outcome::Done);
-    const std::string settings = "Decimals = 1\nLastModel = x.girder\n"
-                                 "NumberStyle = engineering\nStationsPerSpan = 4\n";
+    const std::string settings = "Decimals = 1\nDirectory = " + inWorkDirectory("files") +
+                                 "\nLastModel = " + model +
+                                 "\nNumberStyle = engineering\nStationsPerSpan = 4\n";
     EXPECT_THAT(runWith({"settings"}).output, StartsWith(settings));
 
     EXPECT_EQ(runWith({"set", "Decimals", "10"}).outcome, Outcome::WrongUsage);
@@ -280,9 +395,41 @@ TEST_F(GirderProgram, settings)
     const RunResult computed =
         runWith({write("two.girder", twoSpans), "--result", inWorkDirectory("out")});
     EXPECT_THAT(computed.output, HasSubstr("\n          2.0E+00 "));
-    EXPECT_EQ(runWith({"set", "NumberStyle", "fixed"}).outcome, Outcome::Done);
-    EXPECT_EQ(runWith({"set", "StationsPerSpan", "10"}).outcome, Outcome::Done);
-    EXPECT_EQ(runWith({"set", "Decimals", "3"}).outcome, Outcome::Done);
+}
+
+const std::string train =
+    "\n train = [ ( distance = 0 force = 60 ) ( distance = 2 force = 90 ) ] )\n";
+
+TEST_F(GirderProgram, envelope)
+{
+    const std::string model = write("train.girder", replaced("\n)\n", train));
+    const RunResult done = runWith({"envelope", model, "--positions", "401"});
+    EXPECT_EQ(done.outcome, Outcome::Done);
+    EXPECT_EQ(done.errors, "");
+    EXPECT_THAT(done.output, HasSubstr("Envelope of the train alone\n\n  Support  min reaction"));
+    Tools::Smart::Record record;
+    Remarks remarks("out");
+    ASSERT_TRUE(readRecord(read(inWorkDirectory("files/train.envelope")), record, remarks));
+    EXPECT_EQ(record.getSequence("reactions").size(), 3U);
+    const auto& middle = record.getSequence("spans")[0].getSequence("stations")[5];
+    EXPECT_EQ(middle.getReal("x"), 4.0);
+    EXPECT_GT(middle.getRecord("moment").getReal("maximum"), 100.0);
+
+    EXPECT_EQ(runWith({"envelope", model, "--positions", "1"}).outcome, Outcome::WrongUsage);
+    EXPECT_EQ(runWith({"envelope", model, "--positions", "2x"}).outcome, Outcome::WrongUsage);
+    const std::string without = write("without.girder", twoSpans);
+    EXPECT_EQ(runWith({"envelope", without}).errors,
+              without + ": train: is missing, there is nothing to move over the girder\n");
+}
+
+TEST_F(GirderProgram, edit)
+{
+    const std::string model = write("edit.girder", twoSpans);
+    const RunResult done = runWith({"edit", model}, "length 1 9\nsolve\nsave\n");
+    EXPECT_EQ(done.outcome, Outcome::Done);
+    EXPECT_THAT(done.output, HasSubstr("saved: " + model));
+    EXPECT_THAT(read(model), HasSubstr("length = 9\n"));
+    EXPECT_EQ(runWith({"edit", model}, "length 1\n").outcome, Outcome::Failed);
 }
 
 TEST_F(GirderProgram, runsAsProcess)
@@ -300,6 +447,9 @@ TEST_F(GirderProgram, runsAsProcess)
     EXPECT_EQ(failed.errors,
               bad + ": spans[2].length: line 5: expected a value, but found \"8m\"\n");
     EXPECT_EQ(MdToolsTest::runChild(program, {"set"}).exitCode, 2);
+    const std::string version = MdToolsTest::runChild(program, {"--version"}).output;
+    EXPECT_THAT(version, StartsWith("girder "));
+    EXPECT_THAT(version, HasSubstr("\nThe MdTools maintainers\n"));
 }
 
 TEST(GirderNumbers, texts)

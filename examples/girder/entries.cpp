@@ -85,6 +85,16 @@ double Entries::positive(const std::string& name)
     return 1.0;
 }
 
+double Entries::within(const std::string& name, double length)
+{
+    const double value = number(name);
+    if (value >= 0.0 && value <= length)
+        return value;
+    error(name,
+          "must lie within the span, from 0 to " + toText(length) + ", but is " + toText(value));
+    return 0.0;
+}
+
 int Entries::wholeNumber(const std::string& name, int minimum, int maximum)
 {
     if (!isThere(name, Type::Decimal))

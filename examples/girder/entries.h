@@ -20,8 +20,11 @@ public:
     std::string text(const std::string& name);
     double number(const std::string& name);
     double positive(const std::string& name);
+    // From 0 to the length of a span.
+    double within(const std::string& name, double length);
     int wholeNumber(const std::string& name, int minimum, int maximum);
 
+    bool isList(const std::string& name) const { return m_record.existsSequence(name); }
     // Null if the entry is missing or no list.
     const Tools::Smart::Sequence* list(const std::string& name);
 

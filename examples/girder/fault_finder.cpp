@@ -1,5 +1,7 @@
 #include "fault_finder.h"
 
+#include "remark_text.h"
+
 #include <mdtools/smart_token.h>
 
 #include <algorithm>
@@ -13,16 +15,7 @@ namespace {
 using Tools::Smart::IstreamTokenIterator;
 using Tools::Smart::Token;
 
-constexpr std::size_t LongestWord = 40;
-constexpr std::size_t LongestEntry = 120;
 constexpr const char* Delimiters = " \t\r\n=()[]";
-
-std::string abridged(const std::string& text, std::size_t length)
-{
-    if (text.size() <= length)
-        return text;
-    return text.substr(0, length / 2) + "..." + text.substr(text.size() - length / 2);
-}
 
 // Walks over the tokens of a text as the grammar of records wants them.
 class Walk {

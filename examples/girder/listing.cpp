@@ -3,11 +3,14 @@
 #include "names.h"
 #include "text_table.h"
 
+#include <algorithm>
+
 namespace Girder {
 
 namespace {
 
 constexpr double Millimetres = 1000.0;
+constexpr double Percent = 100.0;
 
 class Listing {
 public:
@@ -34,6 +37,26 @@ public:
         for (const Station& station : span.stations) {
             table.add({"", text(station.x), text(station.moment), text(station.shear),
                        text(station.deflection * Millimetres)});
+        }
+        table.print(m_out);
+    }
+
+    bool hasReinforcement() const
+    {
+        return std::any_of(m_results.spans.begin(), m_results.spans.end(),
+                           [](const SpanResult& span) { return span.capacity > 0.0; });
+    }
+
+    void printReinforcement() const
+    {
+        TextTable table({"Reinforcement", "max M [kNm]", "capacity [kNm]", "used [%]"});
+        for (std::size_t i = 0; i < m_results.spans.size(); ++i) {
+            const SpanResult& span = m_results.spans[i];
+            if (span.capacity <= 0.0)
+                continue;
+            const double used = Percent * std::max(span.greatestMoment, 0.0) / span.capacity;
+            table.add({"span " + std::to_string(i + 1), text(span.greatestMoment),
+                       text(span.capacity), text(used)});
         }
         table.print(m_out);
     }
@@ -78,6 +101,10 @@ void printListing(const Results& results, const NumberFormat& format, std::ostre
     }
     out << '\n';
     listing.printExtremes();
+    if (listing.hasReinforcement()) {
+        out << '\n';
+        listing.printReinforcement();
+    }
 }
 
 }

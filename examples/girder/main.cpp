@@ -1,9 +1,12 @@
 #include "program.h"
 
+#include "platform/console.h"
+
 #include <iostream>
 
 int main(int argc, char** argv)
 {
     const std::vector<std::string> arguments(argv + 1, argv + argc);
-    return static_cast<int>(Girder::run(arguments, std::cout, std::cerr));
+    return static_cast<int>(
+        Girder::run(arguments, {std::cin, std::cout, std::cerr, Tools::Platform::isTerminal()}));
 }

@@ -19,14 +19,31 @@ struct Loads {
     std::vector<PointLoad> points;
 };
 
+// A value of the bending stiffness EI at a distance from the left end of its span.
+struct StiffnessPoint {
+    double position = 0.0;
+    double value = 0.0;
+};
+
 struct Span {
     double length = 0.0;
-    double stiffness = 0.0; // EI
+    // One point, or more in ascending order for a haunched span: straight lines between them.
+    std::vector<StiffnessPoint> stiffness;
     Loads loads;
+    // Of a concrete girder: the steel at the underside in cm2 and its depth below the upper edge in
+    // m. Without steel: 0.
+    double reinforcement = 0.0;
+    double depth = 0.0;
 };
 
 // An end of the girder is hinged or fixed; over interior supports the girder runs through.
 enum class Support { Hinged, Fixed, Interior };
+
+// An axle of a train, at a distance behind the first one.
+struct Axle {
+    double distance = 0.0;
+    double force = 0.0;
+};
 
 // A girder from left to right: one support more than spans.
 struct Model {
@@ -34,6 +51,7 @@ struct Model {
     int stations = 0; // intervals per span in listings; 0: as the settings say
     std::vector<Span> spans;
     std::vector<Support> supports;
+    std::vector<Axle> train; // may be empty
 };
 
 }

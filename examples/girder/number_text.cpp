@@ -33,6 +33,20 @@ std::string toListText(double value, const NumberFormat& format)
     return Tools::toPositiveZero(print(std::abs(value) < Smallest ? 0.0 : value, format));
 }
 
+bool isWholeNumber(const std::string& text, int& value)
+{
+    const char* end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, value);
+    return result.ec == std::errc() && result.ptr == end;
+}
+
+bool isNumber(const std::string& text, double& value)
+{
+    const char* end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, value);
+    return result.ec == std::errc() && result.ptr == end;
+}
+
 std::string toText(double value)
 {
     std::array<char, 32> buffer{};

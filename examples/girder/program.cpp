@@ -1,47 +1,81 @@
 #include "program.h"
 
+#include "command_line.h"
+#include "edit_session.h"
+#include "envelope_output.h"
+#include "envelope_run.h"
+#include "interruption.h"
+#include "job_files.h"
 #include "listing.h"
+#include "log.h"
 #include "model_file.h"
+#include "progress_bar.h"
 #include "result_file.h"
 #include "settings.h"
 #include "trace.h"
 
 #include <mdtools/debug_output.h>
+#include <mdtools/version_info.h>
 
 #include <exception>
+#include <utility>
 
 namespace Girder {
 
 namespace {
 
-constexpr const char* Usage = "usage: girder [MODEL] [--result FILE]   compute a girder\n"
-                              "       girder settings                  show the settings\n"
-                              "       girder set NAME VALUE            change a setting\n"
-                              "Without MODEL the last one is computed again.\n";
+constexpr int DefaultPositions = 5000;
+constexpr int MaximumPositions = 1000000;
 
-struct ComputeArguments {
-    std::string model;
-    std::string result;
-};
+constexpr const char* Usage =
+    "usage: girder [MODEL] [--result FILE] [--archive DIR]   compute a girder\n"
+    "       girder envelope MODEL [--positions N] [--result FILE]\n"
+    "                                                        move the train over it\n"
+    "       girder edit MODEL                                edit it by commands from the input\n"
+    "       girder settings                                  show the settings\n"
+    "       girder set NAME VALUE                            change a setting\n"
+    "       girder --version | --help\n"
+    "Without MODEL the last one is computed again.\n";
+
+std::vector<std::string> withoutFirst(const std::vector<std::string>& arguments)
+{
+    return {arguments.begin() + 1, arguments.end()};
+}
 
 class Program {
 public:
-    Program(std::ostream& out, std::ostream& errors) : m_out(out), m_errors(errors) {}
+    explicit Program(const Console& console)
+        : m_console(console),
+          m_out(console.out),
+          m_errors(console.errors),
+          m_directory(workDirectory(m_settings.directory())),
+          m_log(m_directory)
+    {}
 
     Outcome run(const std::vector<std::string>& arguments);
 
 private:
     Outcome wrongUsage(const std::string& text);
     Outcome fail(const std::string& file, const std::string& text);
+    Outcome showVersion();
     Outcome showSettings();
     Outcome changeSetting(const std::string& name, const std::string& value);
-    Outcome compute(const std::vector<std::string>& arguments);
-    Outcome compute(const ComputeArguments& arguments);
-    Outcome finish(const ComputeArguments& arguments, const Results& results);
+    Outcome compute(const CommandLine& arguments);
+    Outcome edit(const CommandLine& arguments);
+    Outcome envelope(const CommandLine& arguments);
+    Outcome runTrain(const Model& model, int positions, const JobFiles& files);
+    std::string modelOf(const CommandLine& arguments);
+    int stationsOf(const Model& model) const;
+    bool load(const std::string& file, Model& model);
+    bool computeInto(const Model& model, const std::string& file, Results& results);
+    Outcome store(const Results& results, const JobFiles& files, const std::string& archive);
 
+    Console m_console;
     std::ostream& m_out;
     std::ostream& m_errors;
     Settings m_settings;
+    std::string m_directory;
+    Log m_log;
 };
 
 Outcome Program::run(const std::vector<std::string>& arguments)
@@ -55,7 +89,17 @@ Outcome Program::run(const std::vector<std::string>& arguments)
         return arguments.size() == 3 ? changeSetting(arguments[1], arguments[2])
                                      : wrongUsage("\"set\" takes a name and a value");
     }
-    return compute(arguments);
+    if (command == "--version")
+        return showVersion();
+    if (command == "--help") {
+        m_out << Usage;
+        return Outcome::Done;
+    }
+    if (command == "edit")
+        return edit(CommandLine(withoutFirst(arguments), {}));
+    if (command == "envelope")
+        return envelope(CommandLine(withoutFirst(arguments), {"--positions", "--result"}));
+    return compute(CommandLine(arguments, {"--result", "--archive"}));
 }
 
 Outcome Program::wrongUsage(const std::string& text)
@@ -67,7 +111,16 @@ Outcome Program::wrongUsage(const std::string& text)
 Outcome Program::fail(const std::string& file, const std::string& text)
 {
     m_errors << file << ": " << text << '\n';
+    Log::write(file + ": " + text);
     return Outcome::Failed;
+}
+
+Outcome Program::showVersion()
+{
+    const Tools::VersionInfo info(Tools::ModuleHandle{}, "040704b0,040704e4");
+    m_out << info.getProductName() << ' ' << info.getVersion() << '\n'
+          << info.getLegalCopyright() << '\n';
+    return Outcome::Done;
 }
 
 Outcome Program::showSettings()
@@ -86,74 +139,163 @@ Outcome Program::changeSetting(const std::string& name, const std::string& value
     return Outcome::WrongUsage;
 }
 
-Outcome Program::compute(const std::vector<std::string>& arguments)
+// Empty, after a message, if the arguments are wrong.
+std::string Program::modelOf(const CommandLine& arguments)
 {
-    ComputeArguments parsed;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string& argument = arguments[i];
-        if (argument == "--result") {
-            if (++i == arguments.size() || arguments[i].empty())
-                return wrongUsage("\"--result\" needs a file");
-            parsed.result = arguments[i];
-        } else if (argument.starts_with("--")) {
-            return wrongUsage("there is no option \"" + argument + "\"");
-        } else if (!parsed.model.empty()) {
-            return wrongUsage("one model at a time");
-        } else {
-            parsed.model = argument;
-        }
-    }
-    if (parsed.model.empty())
-        parsed.model = m_settings.lastModel();
-    if (parsed.model.empty())
-        return wrongUsage("a model is missing");
-    if (parsed.result.empty())
-        parsed.result = parsed.model + ".result";
-    return compute(parsed);
+    std::string file;
+    if (!arguments.problem.empty())
+        wrongUsage(arguments.problem);
+    else if (arguments.operands.size() > 1)
+        wrongUsage("one model at a time");
+    else if (file = arguments.operands.empty() ? m_settings.lastModel() : arguments.operands[0];
+             file.empty())
+        wrongUsage("a model is missing");
+    return file;
 }
 
-Outcome Program::compute(const ComputeArguments& arguments)
+Outcome Program::compute(const CommandLine& arguments)
 {
-    Tools::debugPrintf("girder: reading %s\n", arguments.model.c_str());
-    Remarks remarks(arguments.model);
-    const Model model = readModel(arguments.model, remarks);
-    for (const std::string& line : remarks.lines())
-        m_errors << line << '\n';
-    if (remarks.hasError())
+    const std::string file = modelOf(arguments);
+    if (file.empty())
+        return Outcome::WrongUsage;
+    const JobFiles files(file, arguments.option("--result"), m_directory);
+    if (absolutePath(files.results) == absolutePath(file))
+        return wrongUsage("the results would replace the model");
+    Model model;
+    Results results;
+    if (!load(file, model) || !computeInto(model, file, results))
         return Outcome::Failed;
-    m_settings.setLastModel(arguments.model);
+    printListing(results, m_settings.numberFormat(), m_out);
+    return store(results, files, arguments.option("--archive"));
+}
 
-    const int stations = model.stations > 0 ? model.stations : m_settings.stationsPerSpan();
+Outcome Program::edit(const CommandLine& arguments)
+{
+    const std::string file = modelOf(arguments);
+    Model model;
+    if (file.empty())
+        return Outcome::WrongUsage;
+    if (!load(file, model))
+        return Outcome::Failed;
+    const int stations = stationsOf(model);
+    Document document(std::move(model));
+    EditSession session(document, file, stations, m_settings.numberFormat(), m_out, m_errors);
+    return session.run(m_console.in) ? Outcome::Done : Outcome::Failed;
+}
+
+Outcome Program::envelope(const CommandLine& arguments)
+{
+    const std::string file = modelOf(arguments);
+    if (file.empty())
+        return Outcome::WrongUsage;
+    const std::string count = arguments.option("--positions");
+    int positions = DefaultPositions;
+    if ((!count.empty() && !isWholeNumber(count, positions)) || positions < 2 ||
+        positions > MaximumPositions) {
+        return wrongUsage("\"--positions\" must be a whole number from 2 to " +
+                          std::to_string(MaximumPositions));
+    }
+    const JobFiles files(file, arguments.option("--result"), m_directory, "envelope");
+    if (absolutePath(files.results) == absolutePath(file))
+        return wrongUsage("the results would replace the model");
+    Model model;
+    if (!load(file, model))
+        return Outcome::Failed;
+    if (model.train.empty())
+        return fail(file, "train: is missing, there is nothing to move over the girder");
+    return runTrain(model, positions, files);
+}
+
+Outcome Program::runTrain(const Model& model, int positions, const JobFiles& files)
+{
+    const EnvelopeSolver solver(model, stationsOf(model), positions);
+    Envelope envelope;
+    Interruption interruption;
+    ProgressBar bar(m_errors);
+    Tools::debugPrintf("girder: %d positions of the train\n", positions);
+    switch (computeEnvelopeInBackground(solver, interruption, m_console.isTerminal ? &bar : nullptr,
+                                        envelope)) {
+    case RunEnd::Done:
+        break;
+    case RunEnd::Cancelled:
+        m_errors << "girder: interrupted\n";
+        Log::write(files.model + ": envelope interrupted");
+        return Outcome::Interrupted;
+    case RunEnd::NoThread:
+        return fail("girder", "the system has no thread left to compute with");
+    }
+    if (!isFinite(envelope))
+        return fail(files.model, "some number is too large or too small to compute with");
+    printEnvelope(model, envelope, m_settings.numberFormat(), m_out);
+    if (!writeEnvelope(model, envelope, files.results))
+        return fail(files.results, "cannot be written");
+    m_out << "\nEnvelope: " << files.results << '\n';
+    Log::write(files.model + ": envelope in " + files.results);
+    return Outcome::Done;
+}
+
+int Program::stationsOf(const Model& model) const
+{
+    return model.stations > 0 ? model.stations : m_settings.stationsPerSpan();
+}
+
+bool Program::load(const std::string& file, Model& model)
+{
+    Tools::debugPrintf("girder: reading %s\n", file.c_str());
+    Remarks remarks(file);
+    model = readModel(file, remarks);
+    for (const std::string& line : remarks.lines()) {
+        m_errors << line << '\n';
+        Log::write(line);
+    }
+    if (remarks.hasError())
+        return false;
+    m_settings.setLastModel(absolutePath(file));
+    return true;
+}
+
+bool Program::computeInto(const Model& model, const std::string& file, Results& results)
+{
+    const int stations = stationsOf(model);
     Tools::debugPrintfLabel(TraceLabel, "girder: %d spans, %d stations in each\n",
                             static_cast<int>(model.spans.size()), stations);
-    const Results results = computeResults(model, stations);
-    if (!results.isFinite())
-        return fail(arguments.model, "some number is too large or too small to compute with");
+    results = computeResults(model, stations);
+    if (!results.isFinite()) {
+        fail(file, "some number is too large or too small to compute with");
+        return false;
+    }
     for (const SupportResult& support : results.supports) {
         Tools::debugPrintfLabel(TraceLabel, "girder: support at %.3f m: %.3f kN, %.3f kNm\n",
                                 support.x, support.reaction, support.moment);
     }
-    return finish(arguments, results);
+    return true;
 }
 
-Outcome Program::finish(const ComputeArguments& arguments, const Results& results)
+Outcome Program::store(const Results& results, const JobFiles& files, const std::string& archive)
 {
-    printListing(results, m_settings.numberFormat(), m_out);
-    if (!writeResults(results, arguments.result))
-        return fail(arguments.result, "cannot be written");
-    m_out << "\nResults: " << arguments.result << '\n';
-    Tools::debugPrintf("girder: results in %s\n", arguments.result.c_str());
+    if (!writeResults(results, files.results))
+        return fail(files.results, "cannot be written");
+    m_out << "\nResults: " << files.results << '\n';
+    Log::write(files.model + ": results in " + files.results);
+    Tools::debugPrintf("girder: results in %s\n", files.results.c_str());
+    if (archive.empty())
+        return Outcome::Done;
+    const std::string folder = files.archiveIn(archive);
+    if (folder.empty())
+        return fail(archive, "the job cannot be archived here");
+    m_out << "Archive: " << folder << '\n';
+    Log::write(files.model + ": archived in " + folder);
     return Outcome::Done;
 }
 
 }
 
-Outcome run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& errors)
+Outcome run(const std::vector<std::string>& arguments, Console console)
 {
     try {
-        return Program(out, errors).run(arguments);
+        return Program(console).run(arguments);
     } catch (const std::exception& exception) {
-        errors << "girder: " << exception.what() << '\n';
+        console.errors << "girder: " << exception.what() << '\n';
         return Outcome::Failed;
     }
 }

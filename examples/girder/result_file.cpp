@@ -34,11 +34,15 @@ Record recordOf(const SpanResult& span, int number)
     Sequence stations;
     for (const Station& station : span.stations)
         stations.push_back(recordOf(station));
-    return Record()
-        .setDecimal("number", number)
+    Record record;
+    record.setDecimal("number", number)
         .setReal("start", span.start)
         .setReal("length", span.length)
+        .setReal("greatestMoment", span.greatestMoment)
         .setSequence("stations", stations);
+    if (span.capacity > 0.0)
+        record.setReal("capacity", span.capacity);
+    return record;
 }
 
 Record recordOf(const Extreme& extreme)

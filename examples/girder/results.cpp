@@ -11,10 +11,18 @@ std::vector<Station> stationsOf(const SpanLine& line, int count)
 {
     std::vector<Station> result;
     for (int i = 0; i <= count; ++i) {
-        const double x = i == count ? line.length() : line.length() * i / count;
+        const double x = line.stationAt(i, count);
         result.push_back({x, line.moment(x), line.shear(x), line.deflection(x)});
     }
     return result;
+}
+
+// Steel at its design strength, with the usual inner lever arm.
+double capacityOf(const Span& span)
+{
+    constexpr double Strength = 43.5; // kN/cm2
+    constexpr double LeverArm = 0.9;  // of the depth
+    return Strength * span.reinforcement * LeverArm * span.depth;
 }
 
 bool isFiniteRange(const Range& range)
@@ -35,7 +43,7 @@ bool Results::isFinite() const
 
 Results computeResults(const Model& model, int stations)
 {
-    const Solution solution = Solver(model).solve();
+    const Solution solution = solve(model);
     Results results;
     results.title = model.title;
     results.extremes = solution.extremes();
@@ -46,7 +54,9 @@ Results computeResults(const Model& model, int stations)
         if (i == model.spans.size())
             break;
         const SpanLine& line = solution.spans[i];
-        results.spans.push_back({x, line.length(), stationsOf(line, stations)});
+        results.spans.push_back({x, line.length(), capacityOf(model.spans[i]),
+                                 line.extremes(i).moment.maximum().value,
+                                 stationsOf(line, stations)});
         x += line.length();
     }
     return results;

@@ -24,6 +24,9 @@ struct SupportResult {
 struct SpanResult {
     double start = 0.0; // of the span, from the left end of the girder
     double length = 0.0;
+    // What the reinforcement at the underside can bear, and what it has to; 0 without steel.
+    double capacity = 0.0;
+    double greatestMoment = 0.0;
     std::vector<Station> stations;
 };
 

@@ -1,5 +1,6 @@
 #include "settings.h"
 
+#include "job_files.h"
 #include "trace.h"
 #include "value_limits.h"
 
@@ -7,7 +8,6 @@
 #include <mdtools/strings.h>
 
 #include <algorithm>
-#include <charconv>
 #include <stdexcept>
 
 namespace Girder {
@@ -15,6 +15,7 @@ namespace Girder {
 namespace {
 
 constexpr const char* LastModel = "LastModel";
+constexpr const char* Directory = "Directory";
 constexpr const char* Style = "NumberStyle";
 constexpr const char* Trace = "Trace";
 constexpr const char* DebugLabels = "DebugLabels";
@@ -61,16 +62,20 @@ void check(bool isStored)
 std::string write(const Number& number, const std::string& text)
 {
     int value = 0;
-    const char* end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, value);
-    if (result.ec != std::errc() || result.ptr != end || value < number.minimum ||
-        value > number.maximum) {
+    if (!isWholeNumber(text, value) || value < number.minimum || value > number.maximum) {
         return std::string(number.name) + " must be a whole number from " +
                std::to_string(number.minimum) + " to " + std::to_string(number.maximum) +
                ", but is \"" + text + "\"";
     }
     registrar().writeInt(number.name, value, Tools::RegistryValue::DWord);
     check(read(number) == value);
+    return "";
+}
+
+std::string writeText(const char* name, const std::string& text)
+{
+    registrar().writeString(name, text);
+    check(registrar().readString(name).getValue() == text);
     return "";
 }
 
@@ -159,6 +164,11 @@ NumberFormat Settings::numberFormat() const
     return {readStyle(), read(Decimals)};
 }
 
+std::string Settings::directory() const
+{
+    return registrar().readString(Directory).getValue();
+}
+
 std::string Settings::lastModel() const
 {
     return registrar().readString(LastModel).getValue();
@@ -174,7 +184,9 @@ std::vector<std::string> Settings::list() const
     const auto line = [](const std::string& name, const std::string& value) {
         return name + " = " + value;
     };
-    return {line(Decimals.name, std::to_string(read(Decimals))), line(LastModel, lastModel()),
+    return {line(Decimals.name, std::to_string(read(Decimals))),
+            line(Directory, directory()),
+            line(LastModel, lastModel()),
             line(Style, nameOf(readStyle())),
             line(Stations.name, std::to_string(stationsPerSpan())),
             line(Trace, isTracing() ? "on" : "off")};
@@ -190,11 +202,11 @@ std::string Settings::set(const std::string& name, const std::string& value)
         return writeStyle(value);
     if (Tools::Strieq(name, Trace))
         return writeTrace(value);
-    if (!Tools::Strieq(name, LastModel))
-        return "there is no setting \"" + name + "\"";
-    setLastModel(value);
-    check(lastModel() == value);
-    return "";
+    for (const char* text : {LastModel, Directory}) {
+        if (Tools::Strieq(name, text))
+            return writeText(text, value.empty() ? "" : absolutePath(value));
+    }
+    return "there is no setting \"" + name + "\"";
 }
 
 }

@@ -14,6 +14,8 @@ public:
     Settings();
 
     int stationsPerSpan() const;
+    // Where the program keeps its files; empty: in the user's directory.
+    std::string directory() const;
     NumberFormat numberFormat() const;
     // Empty if no model was computed yet.
     std::string lastModel() const;

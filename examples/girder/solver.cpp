@@ -14,15 +14,16 @@ Extremes Solution::extremes() const
     return result;
 }
 
-Solver::Solver(const Model& model) : m_model(model), m_rows(model.supports.size())
+Solver::Solver(const Model& model)
+    : m_stiffness(model.spans.begin(), model.spans.end()), m_rows(model.supports.size())
 {
     for (std::size_t i = 0; i < m_rows.size(); ++i) {
         m_rows[i].isMoment = model.supports[i] != Support::Hinged;
         if (m_rows[i].isMoment)
             m_rows[i].own = 0.0;
     }
-    for (std::size_t i = 0; i < model.spans.size(); ++i) {
-        const Flexibility flexibility = SpanLine(model.spans[i], Loads{}).flexibility();
+    for (std::size_t i = 0; i < m_stiffness.size(); ++i) {
+        const Flexibility flexibility = SpanLine(m_stiffness[i], Loads{}).flexibility();
         Row& left = m_rows[i];
         Row& right = m_rows[i + 1];
         if (left.isMoment) {
@@ -63,20 +64,12 @@ std::vector<double> Solver::momentsFrom(const std::vector<double>& rotations) co
     return moments;
 }
 
-Solution Solver::solve() const
-{
-    std::vector<Loads> loads;
-    for (const Span& span : m_model.spans)
-        loads.push_back(span.loads);
-    return solve(loads);
-}
-
 Solution Solver::solve(const std::vector<Loads>& loads) const
 {
     Solution result;
     std::vector<double> rotations(m_rows.size());
-    for (std::size_t i = 0; i < m_model.spans.size(); ++i) {
-        const SpanLine& line = result.spans.emplace_back(m_model.spans[i], loads[i]);
+    for (std::size_t i = 0; i < m_stiffness.size(); ++i) {
+        const SpanLine& line = result.spans.emplace_back(m_stiffness[i], loads[i]);
         const EndRotations ends = line.endRotations();
         rotations[i] += ends.left;
         rotations[i + 1] += ends.right;
@@ -90,6 +83,14 @@ Solution Solver::solve(const std::vector<Loads>& loads) const
         result.reactions[i + 1] += line.rightReaction();
     }
     return result;
+}
+
+Solution solve(const Model& model)
+{
+    std::vector<Loads> loads;
+    for (const Span& span : model.spans)
+        loads.push_back(span.loads);
+    return Solver(model).solve(loads);
 }
 
 }

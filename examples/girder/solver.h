@@ -20,12 +20,10 @@ struct Solution {
 // Values that are no longer finite mean that the model's numbers are too large or too small.
 class Solver {
 public:
-    // The model must outlive the solver. It has one span at least, one support more than spans,
+    // It has one span at least, one support more than spans,
     // lengths and stiffnesses above zero, and loads within their spans.
     explicit Solver(const Model& model);
 
-    // Under the model's own loads.
-    Solution solve() const;
     // Under one set of loads for each span.
     Solution solve(const std::vector<Loads>& loads) const;
 
@@ -41,8 +39,11 @@ private:
     void eliminate();
     std::vector<double> momentsFrom(const std::vector<double>& rotations) const;
 
-    const Model& m_model;
+    std::vector<StiffnessLine> m_stiffness; // of the spans
     std::vector<Row> m_rows;
 };
+
+// The girder under the model's own loads.
+Solution solve(const Model& model);
 
 }

@@ -28,32 +28,30 @@ std::array<double, 2> momentZeros(double moment, double shear, double load)
 
 }
 
-SpanLine::SpanLine(const Span& span, const Loads& loads)
-    : m_length(span.length), m_uniform(loads.uniform)
+SpanLine::SpanLine(const StiffnessLine& stiffness, const Loads& loads)
+    : m_length(stiffness.length()), m_uniform(loads.uniform)
 {
-    makePieces(span, loads);
+    makePieces(stiffness, loads);
     startForces(loads);
 }
 
-void SpanLine::makePieces(const Span& span, const Loads& loads)
+void SpanLine::makePieces(const StiffnessLine& stiffness, const Loads& loads)
 {
-    std::vector<double> breaks = {0.0, span.length};
+    std::vector<double> breaks;
+    for (const StiffnessPoint& point : stiffness.points())
+        breaks.push_back(point.position);
     for (const PointLoad& load : loads.points)
         breaks.push_back(load.position);
     std::sort(breaks.begin(), breaks.end());
     breaks.erase(std::unique(breaks.begin(), breaks.end()), breaks.end());
-    for (std::size_t i = 1; i < breaks.size(); ++i)
-        addPieces(span, breaks[i - 1], breaks[i]);
-}
-
-void SpanLine::addPieces(const Span& span, double start, double end)
-{
-    Piece piece;
-    piece.start = start;
-    piece.end = end;
-    piece.stiffness = span.stiffness;
-    piece.endStiffness = span.stiffness;
-    m_pieces.push_back(piece);
+    for (std::size_t i = 1; i < breaks.size(); ++i) {
+        Piece piece;
+        piece.start = breaks[i - 1];
+        piece.end = breaks[i];
+        piece.stiffness = stiffness.at(piece.start);
+        piece.endStiffness = stiffness.at(piece.end);
+        m_pieces.push_back(piece);
+    }
 }
 
 void SpanLine::startForces(const Loads& loads)
@@ -137,6 +135,11 @@ void SpanLine::integrate()
     }
 }
 
+double SpanLine::stationAt(int i, int count) const
+{
+    return i == count ? m_length : m_length * i / count;
+}
+
 const SpanLine::Piece& SpanLine::pieceAt(double x) const
 {
     const auto after =
@@ -153,6 +156,14 @@ double SpanLine::moment(double x) const
 double SpanLine::shear(double x) const
 {
     return shearIn(pieceAt(x), x);
+}
+
+double SpanLine::shearBefore(double x) const
+{
+    const auto behind =
+        std::lower_bound(m_pieces.begin(), m_pieces.end(), x,
+                         [](const Piece& piece, double place) { return piece.start < place; });
+    return shearIn(behind == m_pieces.begin() ? m_pieces.front() : *(behind - 1), x);
 }
 
 double SpanLine::slope(double x) const

@@ -2,6 +2,7 @@
 
 #include "extremes.h"
 #include "model.h"
+#include "stiffness_line.h"
 
 #include <vector>
 
@@ -26,13 +27,15 @@ struct Flexibility {
 // then, with the end moments, those of the span within the girder.
 class SpanLine {
 public:
-    SpanLine(const Span& span, const Loads& loads);
+    SpanLine(const StiffnessLine& stiffness, const Loads& loads);
 
     Flexibility flexibility() const;
     EndRotations endRotations() const;
     void setEndMoments(double left, double right);
 
     double length() const { return m_length; }
+    // The place of the i-th of `count` equal intervals' ends, 0 to count.
+    double stationAt(int i, int count) const;
     double leftReaction() const { return m_leftReaction; }
     double rightReaction() const { return m_rightReaction; }
 
@@ -40,6 +43,8 @@ public:
     // right of it; over the right support it is that just left of the support.
     double moment(double x) const;
     double shear(double x) const;
+    // Just left of a force that stands at x.
+    double shearBefore(double x) const;
     double slope(double x) const;
     double deflection(double x) const;
 
@@ -60,8 +65,7 @@ private:
         double deflection = 0.0;
     };
 
-    void makePieces(const Span& span, const Loads& loads);
-    void addPieces(const Span& span, double start, double end);
+    void makePieces(const StiffnessLine& stiffness, const Loads& loads);
     void startForces(const Loads& loads);
     void integrate();
 

@@ -35,6 +35,11 @@ bool writeStandardOutput(const char* text, std::size_t size)
     return true;
 }
 
+bool isTerminal()
+{
+    return ::isatty(STDERR_FILENO) == 1;
+}
+
 void onEndRequest(void (*handler)())
 {
     s_handler = handler;

@@ -33,6 +33,12 @@ bool writeStandardOutput(const char* text, std::size_t size)
     return true;
 }
 
+bool isTerminal()
+{
+    DWORD mode = 0;
+    return ::GetConsoleMode(::GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+}
+
 void onEndRequest(void (*handler)())
 {
     s_handler = handler;
