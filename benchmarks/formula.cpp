@@ -128,6 +128,8 @@ struct Curve {
     std::vector<double> places;
 };
 
+constexpr std::size_t PlaceCount = 65536;
+
 enum Spacing { Even, Uneven, Clustered };
 
 Curve makeCurve(std::size_t count, Spacing spacing)
@@ -146,7 +148,7 @@ Curve makeCurve(std::size_t count, Spacing spacing)
     }
     std::sort(curve.x.begin(), curve.x.end());
     const double range = spacing == Clustered ? 1e-3 : 1.0;
-    for (int i = 0; i < 65536; ++i) {
+    for (std::size_t i = 0; i < PlaceCount; ++i) {
         const double place = curve.x.front() + unit(random) * range;
         curve.places.push_back(std::min(place, curve.x.back()));
     }
@@ -166,9 +168,10 @@ const Curve& curveOf(const benchmark::State& state)
 template <class Lookup>
 void lookUp(benchmark::State& state, const Curve& curve, Lookup lookup)
 {
+    const double* const places = curve.places.data();
     std::size_t i = 0;
     for (auto _ : state)
-        benchmark::DoNotOptimize(lookup(curve.places[i++ % curve.places.size()]));
+        benchmark::DoNotOptimize(lookup(places[i++ % PlaceCount]));
 }
 
 template <Spacing spacing>

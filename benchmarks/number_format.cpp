@@ -19,6 +19,8 @@
 // Every row turns the same mixed numbers into texts of 3 to 6 decimals, one text an iteration.
 namespace {
 
+constexpr std::size_t ItemCount = 4096;
+
 struct Item {
     double value;
     int decimals;
@@ -31,7 +33,7 @@ const std::vector<Item>& items()
         std::mt19937_64 random(1);
         std::uniform_real_distribution<double> exponent(-6.0, 9.0);
         std::vector<Item> result;
-        for (int i = 0; i < 4096; ++i) {
+        for (std::size_t i = 0; i < ItemCount; ++i) {
             double value = std::pow(10.0, exponent(random));
             if (i % 8 == 0)
                 value = std::round(value * 4.0) / 4.0;
@@ -48,9 +50,10 @@ using Format = std::string (*)(double, int);
 template <Format format>
 void run(benchmark::State& state)
 {
+    const Item* const first = items().data();
     std::size_t i = 0;
     for (auto _ : state) {
-        const Item& item = items()[i++ % items().size()];
+        const Item& item = first[i++ % ItemCount];
         benchmark::DoNotOptimize(format(item.value, item.decimals));
     }
 }
