@@ -55,12 +55,16 @@ bool MailProcess::run()
 
 std::string MailProcess::composeCommandLine() const
 {
-    std::string receivers;
+    std::string line = "postie";
+    line.append(" -host:").append(quoted(m_smtpHost));
+    line.append(" -from:").append(quoted(m_sender)).append(" -to:");
     for (const std::string& receiver : m_receivers)
-        receivers += (receivers.empty() ? "" : ",") + quoted(receiver);
-    std::string line = "postie -host:" + quoted(m_smtpHost) + " -from:" + quoted(m_sender) +
-                       " -to:" + receivers + " -s:" + quoted(m_subject);
-    line += m_messageFileName.empty() ? " -nomsg" : " -file:" + quoted(m_messageFileName);
+        line.append(&receiver == &m_receivers.front() ? "" : ",").append(quoted(receiver));
+    line.append(" -s:").append(quoted(m_subject));
+    if (m_messageFileName.empty())
+        line.append(" -nomsg");
+    else
+        line.append(" -file:").append(quoted(m_messageFileName));
     return line;
 }
 
