@@ -134,7 +134,7 @@ void addComparisons()
             return randomWord(size != 0 ? size : 10 + randomNumbers()() % 91, MixedLetters);
         }));
         const Texts& b = keep(otherCase(a));
-        const std::string tail = size != 0 ? "/" + std::to_string(size) : "/10-100";
+        const std::string tail = size != 0 ? "/" + std::to_string(size) : "";
         addForPairs("strieq/mdtools" + tail, a, b,
                     [](const std::string& x, const std::string& y) { return Tools::Strieq(x, y); });
         addForPairs("stricmp/mdtools" + tail, a, b, [](const std::string& x, const std::string& y) {
@@ -211,16 +211,16 @@ void addReplacing()
     for (std::size_t i = 0; i < sparse.size(); i += 4096)
         sparse.replace(i, 6, "girder");
     struct Row {
-        const char* tail;
+        const char* name;
         std::string text, from, to;
     };
     static const Row rows[] = {
-        {"/dense", makeLines(65536, " ."), " ", "\\ "},
-        {"/sparse", sparse, "girder", "frame"},
+        {"Dense", makeLines(65536, " ."), " ", "\\ "},
+        {"Sparse", sparse, "girder", "frame"},
     };
     for (const Row& row : rows) {
         const auto name = [&row](const char* who) {
-            return std::string("replaceAll/") + who + row.tail;
+            return std::string("replaceAll") + row.name + "/" + who;
         };
         addFor(name("mdtools"), row.text,
                [&row](const std::string& s) { return Tools::replaceAll(s, row.from, row.to); });
