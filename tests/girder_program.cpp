@@ -140,6 +140,12 @@ TEST(GirderModel, faults)
         {"\"1.1\"", "\"3.0\"",
          "version: is not known to this program, which reads up to 1.1: \"3.0\""},
         {"version = \"1.1\"", "", "version: is missing"},
+        {"length = 8.0", "length = \"abc\"",
+         "spans[2].length: is no formula with a value: \"abc\""},
+        {"length = 8.0", "length = \"1/0\"",
+         "spans[2].length: is no formula with a value: \"1/0\""},
+        {"length = 8.0", "length = \"\"", "spans[2].length: is no formula with a value: \"\""},
+        {"length = 8.0", "length = \"2-5\"", "spans[2].length: must be greater than 0, but is -3"},
         {"= 21000", "= [ (position=1 value=5) (position=1 value=6) ]",
          "spans[2].stiffness[2].position: must lie behind that of the point before"},
         {"= 21000", "= [ (position=9 value=5) ]",
@@ -178,14 +184,14 @@ TEST(GirderModel, faults)
     }
 }
 
-TEST(GirderModel, stiffnessTables)
+TEST(GirderModel, formulasAndStiffnessTables)
 {
-    Remarks remarks("table");
+    Remarks remarks("formulas");
     const std::string text =
-        replaced("stiffness = 21000", "stiffness = [ (position = 0 value = 16.5e6)"
-                                      " (position = 4 value = 7e6) ]"
-                                      " reinforcement = 4.5239 depth = 0.4");
-    const Model model = readModel(write("table", text), remarks);
+        replaced("stiffness = 21000", "stiffness = [ (position = 0 value = \"33e6*0,5\")"
+                                      " (position = \"8/2\" value = 7e6) ]"
+                                      " reinforcement = \"4d12\" depth = \"0,4\"");
+    const Model model = readModel(write("formulas", text), remarks);
     EXPECT_FALSE(remarks.hasError());
     ASSERT_EQ(model.spans.size(), 2U);
     ASSERT_EQ(model.spans[1].stiffness.size(), 2U);

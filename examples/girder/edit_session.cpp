@@ -4,6 +4,7 @@
 #include "model_writer.h"
 #include "remark_text.h"
 
+#include <mdtools/formula_interpreter.h>
 #include <mdtools/strings.h>
 
 #include <cmath>
@@ -306,10 +307,10 @@ std::size_t EditSession::spanOf(const std::string& word) const
 
 double EditSession::numberOf(const std::string& word)
 {
-    double value = 0.0;
-    if (!isNumber(word, value) || !std::isfinite(value))
+    const auto value = Tools::FormulaInterpreter::tryEvaluate(word);
+    if (!value.hasValue() || !std::isfinite(value.getValue()))
         throw Fault(quoted(word) + " is no number");
-    return value;
+    return value.getValue();
 }
 
 std::size_t EditSession::itemOf(const std::string& word, std::size_t count, const std::string& what)

@@ -1,6 +1,9 @@
 #include "entries.h"
 
 #include "number_text.h"
+#include "remark_text.h"
+
+#include <mdtools/formula_interpreter.h>
 
 #include <algorithm>
 #include <cmath>
@@ -59,13 +62,33 @@ std::string Entries::text(const std::string& name)
 
 bool Entries::readNumber(const std::string& name, double& value)
 {
-    if (!isThere(name, Type::Real))
+    double read = 0.0;
+    if (m_record.existsText(name)) {
+        if (!readFormula(name, read))
+            return false;
+    } else if (isThere(name, Type::Real)) {
+        read = m_record.getReal(name);
+    } else {
         return false;
-    if (!std::isfinite(m_record.getReal(name))) {
+    }
+    if (!std::isfinite(read)) {
         error(name, "is too large a number");
         return false;
     }
-    value = m_record.getReal(name);
+    value = read;
+    return true;
+}
+
+bool Entries::readFormula(const std::string& name, double& value)
+{
+    has(name);
+    const std::string& text = m_record.getText(name);
+    const auto result = Tools::FormulaInterpreter::tryEvaluate(text);
+    if (text.empty() || !result.hasValue()) {
+        error(name, "is no formula with a value: \"" + abridged(text, LongestWord) + "\"");
+        return false;
+    }
+    value = result.getValue();
     return true;
 }
 

@@ -18,6 +18,7 @@ public:
     Entries(const Tools::Smart::Record& record, const std::string& path, Remarks& remarks);
 
     std::string text(const std::string& name);
+    // Numbers may also be formulas in quoted text.
     double number(const std::string& name);
     double positive(const std::string& name);
     // From 0 to the length of a span.
@@ -41,6 +42,7 @@ private:
     bool isThere(const std::string& name, Tools::Smart::Type type);
     // False, after a remark, if there is no number that can be computed with.
     bool readNumber(const std::string& name, double& value);
+    bool readFormula(const std::string& name, double& value);
 
     const Tools::Smart::Record& m_record;
     std::string m_path;

@@ -6,8 +6,8 @@
 
 namespace Girder {
 
-// Stores a model in the current version of the format; comments are gone. False if the file cannot
-// be written.
+// Stores a model in the current version of the format; formulas have become numbers, and comments
+// are gone. False if the file cannot be written.
 bool writeModel(const Model& model, const std::string& file);
 
 }

@@ -40,13 +40,6 @@ bool isWholeNumber(const std::string& text, int& value)
     return result.ec == std::errc() && result.ptr == end;
 }
 
-bool isNumber(const std::string& text, double& value)
-{
-    const char* end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, value);
-    return result.ec == std::errc() && result.ptr == end;
-}
-
 std::string toText(double value)
 {
     std::array<char, 32> buffer{};

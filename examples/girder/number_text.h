@@ -27,9 +27,6 @@ std::string toListText(double value, const NumberFormat& format);
 // True if the whole of `text` is a number within the range of an int, without a "+".
 bool isWholeNumber(const std::string& text, int& value);
 
-// True if the whole of `text` is a number with a "." as decimal point.
-bool isNumber(const std::string& text, double& value);
-
 // The shortest text that reads back as `value`, with a "." whatever the locale.
 std::string toText(double value);
 
