@@ -1,3 +1,6 @@
+// Some programs have such macros; the library's functions keep their names.
+#define stricmp strcasecmp
+#define strlwr lowercase
 #include <mdtools/strings.h>
 
 #include <gmock/gmock.h>

@@ -104,7 +104,8 @@ bool containsAny(const std::string& s, const std::string& chars, bool caseSensit
 {
     const CodePage& page = CodePage::get();
     const CharacterSet set(page, chars);
-    const std::string text = caseSensitive ? s : toLower(s);
+    const std::string lowered = caseSensitive ? std::string() : toLower(s);
+    const std::string& text = caseSensitive ? s : lowered;
     const char* const end = text.data() + text.size();
     for (const char* p = text.data(); p < end;) {
         const std::size_t bytes = page.length(p, end);
