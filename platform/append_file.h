@@ -16,9 +16,11 @@ public:
     AppendFile(const AppendFile&) = delete;
     AppendFile& operator=(const AppendFile&) = delete;
 
-    // Makes the file if it is missing and keeps what it holds. What was open before is closed.
+    enum class Content { Keep, Discard };
+
+    // Makes the file if it is missing; keeps what it holds, or not. What was open before is closed.
     // False if the system refuses, or if somebody has the file for himself.
-    bool open(const std::string& path);
+    bool open(const std::string& path, Content content = Content::Keep);
     bool isOpen() const { return m_handle != -1; }
     void close();
 

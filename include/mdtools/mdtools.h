@@ -19,6 +19,7 @@
 #include <mdtools/error.h>
 #include <mdtools/export.h>
 #include <mdtools/file.h>
+#include <mdtools/file_output.h>
 #include <mdtools/filters.h>
 #include <mdtools/folders.h>
 #include <mdtools/formula_interpreter.h>

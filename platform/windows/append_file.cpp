@@ -22,14 +22,15 @@ std::string withSystemLineEnds(std::string_view text)
 
 }
 
-bool AppendFile::open(const std::string& path)
+bool AppendFile::open(const std::string& path, Content content)
 {
     close();
     // The right to append alone makes the system itself put each write at the end. Nobody may
     // delete the file meanwhile: the lines written then would vanish.
     m_handle = reinterpret_cast<std::intptr_t>(::CreateFileA(
         nativePath(path).c_str(), FILE_APPEND_DATA | SYNCHRONIZE,
-        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+        content == Content::Keep ? OPEN_ALWAYS : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     return isOpen();
 }
 

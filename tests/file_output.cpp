@@ -1,0 +1,113 @@
+#include <mdtools/file_output.h>
+
+#include "support/test_environment.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cstdio>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <limits>
+#include <string>
+
+namespace {
+
+using Tools::FileOutput;
+
+std::string fileName()
+{
+    return MdToolsTest::workDirectory() + "/output.txt";
+}
+
+// In text mode: the platform's line ends are "\n" here.
+std::string content()
+{
+    std::ifstream stream(fileName());
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+TEST(FileOutput, lines)
+{
+    const int integers[] = {1, -2, std::numeric_limits<int>::min()};
+    const std::size_t sizes[] = {0, std::numeric_limits<std::size_t>::max()};
+    const double reals[] = {1.5, -0.0, 1e-300};
+    struct Case {
+        std::function<void(FileOutput&)> write;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {[](FileOutput& o) { o.writeLine(); }, ""},
+        {[](FileOutput& o) { o.write("a", "x"), o.write("b", 2), o.writeLine(); },
+         "a = \"x\" b = 2 \n"},
+        {[](FileOutput& o) { o.write("a", "x"), o.writeLine("free text"), o.writeLine(); },
+         "free text\n"},
+        {[](FileOutput& o) { o.write("a", 1), o.writeLine(""), o.writeLine(); }, "a = 1 \n"},
+        {[](FileOutput& o) {
+             o.write("a", 1), o.writeLine(static_cast<const char*>(nullptr)), o.writeLine();
+         },
+         "a = 1 \n"},
+        {[](FileOutput& o) { o.write("t", "a\"b\\"), o.writeLine(); }, "t = \"a\"b\\\" \n"},
+        {[](FileOutput& o) { o.write(nullptr, static_cast<const char*>(nullptr)), o.writeLine(); },
+         " = \"\" \n"},
+        {[&](FileOutput& o) { o.write("n", integers, 3), o.writeLine(); },
+         "n = 1,-2,-2147483648 \n"},
+        {[&](FileOutput& o) { o.write(std::string("n"), sizes, 2), o.writeLine(); },
+         "n = 0,18446744073709551615 \n"},
+        {[&](FileOutput& o) { o.write("n", integers, 0), o.writeLine(); }, "n = \n"},
+        {[](FileOutput& o) { o.write("x", 1.5), o.writeLine(); }, "x = 1.5000000000000000e+00 \n"},
+        {[&](FileOutput& o) {
+             EXPECT_EQ(o.setPrecision(3), 16U);
+             o.write("x", reals, 3), o.writeLine();
+             EXPECT_EQ(o.setPrecision(0), 3U);
+             o.write("y", 12.5), o.writeLine();
+         },
+         "x = 1.500e+00,-0.000e+00,1.000e-300 \ny = 1e+01 \n"},
+        {[](FileOutput& o) { o.write("lost", 1); }, ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.expected);
+        {
+            FileOutput output(fileName());
+            c.write(output);
+        }
+        EXPECT_EQ(content(), c.expected);
+    }
+}
+
+TEST(FileOutput, linesAreThereAtOnce)
+{
+    FileOutput output(fileName().c_str());
+    output.writeLine("one");
+    EXPECT_EQ(content(), "one\n");
+    FileOutput taken(std::move(output));
+    taken.writeLine(std::string("two"));
+    EXPECT_EQ(content(), "one\ntwo\n");
+}
+
+TEST(FileOutput, aHugePrecisionIsZeros)
+{
+    FileOutput output(fileName());
+    output.setPrecision(5000);
+    output.write("x", std::numeric_limits<double>::denorm_min());
+    output.writeLine();
+    const std::string text = content();
+    EXPECT_EQ(text.size(), std::string("x = 4.e-324 \n").size() + 5000);
+    EXPECT_EQ(text.substr(text.size() - 12), "00000e-324 \n");
+}
+
+TEST(FileOutput, withoutAFileNothingHappens)
+{
+    FileOutput none;
+    none.write("a", 1);
+    none.writeLine();
+    none.writeLine("x");
+    EXPECT_EQ(none.setPrecision(3), 0U);
+    FileOutput lost(MdToolsTest::workDirectory() + "/missing/file.txt");
+    lost.write("a", 1.0);
+    lost.writeLine();
+    EXPECT_EQ(lost.setPrecision(3), 16U);
+}
+
+}
