@@ -280,6 +280,20 @@ TEST_F(GirderProgram, computesAndStoresTheResult)
     const RunResult again = runWith({});
     EXPECT_EQ(again.outcome, Outcome::Done);
     EXPECT_EQ(read(inWorkDirectory("files/two.result")), read(inWorkDirectory("out")));
+    EXPECT_EQ(read(inWorkDirectory("files/two.txt")), read(inWorkDirectory("out.txt")));
+}
+
+TEST_F(GirderProgram, labelledText)
+{
+    runWith({write("two.girder", replaced("title", "stations = 2 title"))});
+    const std::string text = read(inWorkDirectory("files/two.txt"));
+    EXPECT_THAT(text, StartsWith("title = \"Two\\ 'spans'\" "));
+    EXPECT_THAT(text,
+                HasSubstr("\nsupport = 2 kind = \"interior\" x = 8.000000000e+00 reaction = "));
+    EXPECT_THAT(text, HasSubstr("\nspan = 2 start = 8.000000000e+00 length = 8.000000000e+00 "));
+    EXPECT_THAT(text,
+                HasSubstr(" stations = 3 x = 0.000000000e+00,4.000000000e+00,8.000000000e+00 "));
+    EXPECT_THAT(text, HasSubstr("\nextreme = \"minimum moment\" value = -"));
 }
 
 TEST_F(GirderProgram, logsWhatItDoes)
@@ -302,7 +316,7 @@ TEST_F(GirderProgram, archivesFinishedJobs)
     const std::string archive = inWorkDirectory("archive/deep");
     EXPECT_THAT(runWith({model, "--archive", archive}).output,
                 HasSubstr("Archive: " + archive + "/hall\n"));
-    for (const char* name : {"/hall/hall.girder", "/hall/hall.result"})
+    for (const char* name : {"/hall/hall.girder", "/hall/hall.result", "/hall/hall.txt"})
         EXPECT_NE(read(archive + name), "") << name;
     // A second job of the same name gets a folder of its own, too.
     EXPECT_THAT(runWith({model, "--archive", archive}).output,

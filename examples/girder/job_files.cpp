@@ -72,6 +72,7 @@ JobFiles::JobFiles(const std::string& modelFile, const std::string& resultFile,
         if (!directory.empty())
             results = joinPath(directory, nameOf(results));
     }
+    text = withExtension(results, "txt");
 }
 
 std::string JobFiles::archiveIn(const std::string& directory) const
@@ -79,7 +80,7 @@ std::string JobFiles::archiveIn(const std::string& directory) const
     const std::string folder = makeFolder(directory, File::getNameWithoutExtension(model));
     if (folder.empty())
         return "";
-    for (const std::string& file : {model, results}) {
+    for (const std::string& file : {model, results, text}) {
         // Results may carry the name of the model, in another directory.
         if (File::exists(joinPath(folder, nameOf(file))) || !File::copy(file, folder, nameOf(file)))
             return "";

@@ -18,7 +18,8 @@ std::string absolutePath(const std::string& file);
 // The files of one computed model.
 struct JobFiles {
     std::string model;
-    std::string results;
+    std::string results; // as a record
+    std::string text;    // the same as labelled text, beside it
 
     // Named like the model, in `directory`; `results` goes before that if it is not empty.
     JobFiles(const std::string& model, const std::string& results, const std::string& directory,

@@ -6,6 +6,7 @@
 #include "envelope_run.h"
 #include "interruption.h"
 #include "job_files.h"
+#include "labelled_file.h"
 #include "listing.h"
 #include "log.h"
 #include "model_file.h"
@@ -275,7 +276,9 @@ Outcome Program::store(const Results& results, const JobFiles& files, const std:
 {
     if (!writeResults(results, files.results))
         return fail(files.results, "cannot be written");
-    m_out << "\nResults: " << files.results << '\n';
+    if (!writeLabelledResults(results, files.text))
+        return fail(files.text, "cannot be written");
+    m_out << "\nResults: " << files.results << "\nas text: " << files.text << '\n';
     Log::write(files.model + ": results in " + files.results);
     Tools::debugPrintf("girder: results in %s\n", files.results.c_str());
     if (archive.empty())
