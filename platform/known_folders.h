@@ -12,7 +12,8 @@ std::string applicationDataDirectory();
 std::string temporaryDirectory();
 
 // Makes an empty file with a name of its own that begins with the first three characters of
-// `prefix`, for this user alone, in the directory of temporary files. Its path, empty if that failed.
+// `prefix`, for this user alone, in the directory of temporary files. Its path, empty if that
+// failed.
 std::string createTemporaryFile(const std::string& prefix);
 
 // Empty if the system knows no name.

@@ -224,12 +224,8 @@ TEST_F(DirectoryTest, neverFollowsLinks)
 
 TEST_F(DirectoryTest, manyFiles)
 {
-#ifdef _WIN32
     // Wine looks through the whole directory for each name.
-    constexpr int Count = 1000;
-#else
-    constexpr int Count = 10000;
-#endif
+    constexpr int Count = MdToolsTest::IsWindows ? 1000 : 10000;
     for (int i = 0; i < Count; ++i)
         make("s/file " + std::to_string(i));
     std::vector<File::Info> found;
@@ -245,11 +241,7 @@ TEST_F(DirectoryTest, deepTrees)
 {
     // As deep as the narrow calls reach; elsewhere far beyond the longest path of one call, and
     // with few files that may be open at once.
-#ifdef _WIN32
-    constexpr int Depth = 30;
-#else
-    constexpr int Depth = 2000;
-#endif
+    constexpr int Depth = MdToolsTest::IsWindows ? 30 : 2000;
     std::string deep = path("s");
     for (int i = 0; i < Depth; ++i)
         deep += "/dd";

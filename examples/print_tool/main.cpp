@@ -24,7 +24,7 @@ char fromOem(char c)
     } table[] = {{0x84, 0xE4}, {0x94, 0xF6}, {0x81, 0xFC}, {0x8E, 0xC4}, {0x99, 0xD6}, {0x9A, 0xDC},
                  {0xE1, 0xDF}, {0xFD, 0xB2}, {0xF8, 0xB0}, {0xE6, 0xB5}, {0xF1, 0xB1}, {0xC4, '-'},
                  {0xB3, '|'},  {0xC5, '+'},  {0xCD, '='},  {0xBA, '|'}};
-    const unsigned char value = static_cast<unsigned char>(c);
+    const auto value = static_cast<unsigned char>(c);
     for (const auto& row : table) {
         if (row.oem == value)
             return static_cast<char>(row.windows);
@@ -52,7 +52,7 @@ void print(const std::string& parameterFile)
     for (const auto& [name, content] : job.placeholders) {
         if (&name == &job.placeholders.front().first)
             document.addHeading(content);
-        document.addLine(name + ": " + content);
+        document.addLine(std::string(name).append(": ").append(content));
     }
     document.addLine("");
     for (const std::string& file : job.files)

@@ -18,12 +18,12 @@ struct Command {
 Command parseCommandLine(const std::string& commandLine);
 
 // Splits at blanks and tabs outside of quotes. Backslashes stand for themselves but before a quote:
-// there each two make one, and an odd one takes the quote for a character. Two quotes inside of quoted
-// text make one.
+// there each two make one, and an odd one takes the quote for a character. Two quotes inside of
+// quoted text make one.
 std::vector<std::string> splitArguments(const std::string& text);
 
-// The file of a program: `name` itself if that is an executable file, else, where it has no slash, the
-// first on the search path. Empty if there is none.
+// The file of a program: `name` itself if that is an executable file, else, where it has no slash,
+// the first on the search path. Empty if there is none.
 std::string findProgram(const std::string& name);
 
 }

@@ -10,6 +10,13 @@ namespace MdToolsTest {
 // real user's.
 const std::string& workDirectory();
 
+// Whether this is the Windows build (under Wine, here).
+#ifdef _WIN32
+inline constexpr bool IsWindows = true;
+#else
+inline constexpr bool IsWindows = false;
+#endif
+
 // Called by main() only.
 void createWorkDirectory();
 void removeWorkDirectory();
