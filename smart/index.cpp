@@ -97,10 +97,11 @@ Index::Position Index::next(Position position) const
 
 Index::Position Index::lowerBound(const Key& key) const
 {
-    const auto isBefore = [](const Entry& entry, const Key& k) { return entry.isBefore(k); };
-    const auto block =
-        std::lower_bound(m_blocks.begin(), m_blocks.end(), key,
-                         [](const Block& b, const Key& k) { return b.back().isBefore(k); });
+    const auto isBlockBefore = [](const Block& b, const Key& k) { return b.back().isBefore(k); };
+    const auto isBefore = [](const Entry& e, const Key& k) { return e.isBefore(k); };
+    auto block = m_blocks.begin();
+    if (m_blocks.size() != 1)
+        block = std::lower_bound(block, m_blocks.end(), key, isBlockBefore);
     if (block == m_blocks.end())
         return {m_blocks.size(), 0};
     const auto entry = std::lower_bound(block->begin(), block->end(), key, isBefore);

@@ -1,6 +1,5 @@
 #include "smart/lexer.h"
 
-#include "smart/numbers.h"
 #include "smart/scan.h"
 
 namespace Tools::Smart {
@@ -12,9 +11,9 @@ void Lexer::storeIn(Token& token) const
     if (m_type == Token::Text || m_type == Token::Identifier)
         token = Token(m_type, std::string(m_text));
     else if (m_type == Token::Decimal)
-        token = Token(m_decimal);
+        token = Token(m_number.decimal);
     else if (m_type == Token::Real)
-        token = Token(m_real);
+        token = Token(m_number.real);
     else
         token.setType(m_type);
 }
@@ -204,15 +203,10 @@ void Lexer::readRestOfWord()
 
 void Lexer::readNumber()
 {
-    if (m_text.find_first_of(".eE") == std::string_view::npos) {
-        m_type = Token::Decimal;
-        if (!parseDecimal(m_text, m_decimal))
-            fail();
-    } else {
-        m_type = Token::Real;
-        if (!parseReal(m_text, m_real))
-            fail();
-    }
+    if (parseNumber(m_text, m_number))
+        m_type = m_number.isReal ? Token::Real : Token::Decimal;
+    else
+        fail();
 }
 
 void Lexer::fail()

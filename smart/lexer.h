@@ -1,5 +1,6 @@
 #pragma once
 
+#include "smart/numbers.h"
 #include "smart/stream_reader.h"
 
 #include <mdtools/smart_token.h>
@@ -10,12 +11,14 @@
 
 namespace Tools::Smart {
 
-// Reads tokens from a stream without allocating for them. The stream is up to date after commit()
-// and after the lexer's end.
+// Reads tokens from a stream without allocating for them. The stream is up to date after
+// the lexer's end.
 class Lexer {
 public:
-    // `buffer` is scratch memory.
-    Lexer(std::istream& stream, std::string& buffer) : m_reader(stream), m_buffer(buffer) {}
+    // `buffer` is scratch memory. The lexer goes on for an iterator that may have ended.
+    Lexer(std::istream& stream, std::string& buffer, bool hasEnded)
+        : m_reader(stream), m_buffer(buffer), m_hasEnded(hasEnded)
+    {}
 
     // Reads the next token. At the end of the stream the last one stays.
     void next();
@@ -25,13 +28,36 @@ public:
     Token::Type type() const { return m_type; }
     // Of a Text or an Identifier, until the next token is read.
     std::string_view text() const { return m_text; }
-    int decimal() const { return m_decimal; }
-    double real() const { return m_real; }
+    // Of a Decimal or a Real.
+    const Number& number() const { return m_number; }
 
     // Sets what the last token read here sets: a mark or an invalid token sets the type alone.
     void storeIn(Token& token) const;
 
-    void commit() { m_reader.commit(); }
+    // The rest of the stream's area, for a caller that reads tokens there itself. It tells where
+    // they ended and what the last one was; text lies in the area.
+    const char* areaNext() const { return m_reader.next(); }
+    const char* areaEnd() const { return m_reader.end(); }
+    void take(const char* end, Token::Type type)
+    {
+        m_reader.setNext(end);
+        m_type = type;
+        m_hasToken = true;
+        m_isInArea = false;
+    }
+    void takeText(const char* end, std::string_view text)
+    {
+        take(end, Token::Text);
+        m_text = text;
+        m_isInArea = true;
+    }
+    void takeNumber(const char* end, const Number& number)
+    {
+        take(end, number.isReal ? Token::Real : Token::Decimal);
+        m_number.isReal = number.isReal;
+        m_number.decimal = number.decimal;
+        m_number.real = number.real;
+    }
 
 private:
     bool get(char& c);
@@ -52,10 +78,9 @@ private:
     // Lies in the stream's area (m_isInArea) or in the buffer.
     std::string_view m_text;
     Token::Type m_type = Token::Invalid;
-    int m_decimal = 0;
-    double m_real = 0.0;
+    Number m_number;
     bool m_hasToken = false;
-    bool m_hasEnded = false;
+    bool m_hasEnded;
     bool m_isInArea = false;
 };
 

@@ -1,5 +1,8 @@
 #include "smart/line_output.h"
 
+#include "smart/numbers.h"
+
+#include <algorithm>
 #include <cmath>
 #include <locale>
 #include <sstream>
@@ -9,12 +12,9 @@ namespace Tools::Smart {
 
 namespace {
 
-// How much waits for a string stream.
-constexpr std::size_t PageSize = 1 << 16;
+using std::ios_base;
 
-constexpr int MaxPrecision = 40;
-// The largest number in fixed style.
-constexpr std::size_t MaxLength = 320 + MaxPrecision;
+constexpr ios_base::fmtflags None{};
 
 bool isStringStream(const std::ostream& stream)
 {
@@ -24,81 +24,74 @@ bool isStringStream(const std::ostream& stream)
 
 }
 
-LineOutput::LineOutput(std::ostream& stream)
-    : m_stream(stream), m_isPlain(readSettings()), m_isString(m_isPlain && isStringStream(stream))
-{}
-
-// True if the stream's output is that of std::to_chars.
-bool LineOutput::readSettings()
+bool PlainOutput::serves(const std::ostream& stream)
 {
-    const std::ios_base::fmtflags flags = m_stream.flags();
-    const std::ios_base::fmtflags harmless = std::ios_base::dec | std::ios_base::floatfield |
-                                             std::ios_base::adjustfield | std::ios_base::skipws |
-                                             std::ios_base::boolalpha;
-    const std::ios_base::fmtflags style = flags & std::ios_base::floatfield;
-    if (style == std::ios_base::fixed)
+    const ios_base::fmtflags harmless = ios_base::dec | ios_base::fixed | ios_base::scientific |
+                                        ios_base::adjustfield | ios_base::skipws |
+                                        ios_base::boolalpha;
+    const ios_base::fmtflags flags = stream.flags();
+    const bool isHexadecimal = (flags & ios_base::floatfield) == ios_base::floatfield;
+    return (flags & ~harmless) == None && (flags & ios_base::dec) != None && !isHexadecimal &&
+           stream.precision() >= 0 && stream.precision() <= MaxPrecision && stream.width() == 0 &&
+           stream.getloc() == std::locale::classic();
+}
+
+PlainOutput::PlainOutput(std::ostream& stream)
+    : m_stream(stream),
+      m_format(std::chars_format::general),
+      m_precision(static_cast<int>(stream.precision())),
+      m_isString(isStringStream(stream))
+{
+    if ((stream.flags() & ios_base::fixed) != None)
         m_format = std::chars_format::fixed;
-    else if (style == std::ios_base::scientific)
+    else if ((stream.flags() & ios_base::scientific) != None)
         m_format = std::chars_format::scientific;
-    else if (style != std::ios_base::fmtflags())
-        return false;
-    if (m_stream.precision() < 0 || m_stream.precision() > MaxPrecision)
-        return false;
-    m_precision = static_cast<int>(m_stream.precision());
-    return (flags & ~harmless) == std::ios_base::fmtflags() &&
-           (flags & std::ios_base::dec) != std::ios_base::fmtflags() && m_stream.width() == 0 &&
-           m_stream.getloc() == std::locale::classic();
 }
 
-void LineOutput::write(std::string_view text)
+void PlainOutput::write(int value)
 {
-    if (m_isPlain)
-        m_text.append(text);
-    else
-        m_stream << text;
+    char* const digits = reserve(MaxLength);
+    char* const end = std::to_chars(digits, digits + MaxLength, value).ptr;
+    m_size += static_cast<std::size_t>(end - digits);
 }
 
-void LineOutput::write(int value)
+void PlainOutput::write(double value)
 {
-    if (!m_isPlain) {
-        m_stream << value;
-        return;
-    }
-    char digits[16];
-    m_text.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
-}
-
-void LineOutput::write(double value)
-{
-    if (!m_isPlain || !std::isfinite(value)) {
+    if (!std::isfinite(value)) {
         finish();
         m_stream << value;
         return;
     }
-    char digits[MaxLength];
-    m_text.append(digits,
-                  std::to_chars(digits, digits + sizeof digits, value, m_format, m_precision).ptr);
+    char* const digits = reserve(MaxLength);
+    char* end = nullptr;
+    if (m_format == std::chars_format::general && m_precision == 6)
+        end = writeSixDigits(digits, value);
+    if (end == nullptr)
+        end = std::to_chars(digits, digits + MaxLength, value, m_format, m_precision).ptr;
+    m_size += static_cast<std::size_t>(end - digits);
 }
 
-void LineOutput::endLine()
+void PlainOutput::flush()
 {
-    if (!m_isPlain) {
-        m_stream << std::endl;
-        return;
-    }
-    m_text += '\n';
-    if (m_isString && m_text.size() < PageSize)
-        return;
     finish();
     m_stream.flush();
 }
 
-void LineOutput::finish()
+void PlainOutput::finish()
 {
-    if (m_text.empty())
-        return;
-    m_stream.write(m_text.data(), static_cast<std::streamsize>(m_text.size()));
-    m_text.clear();
+    if (m_size > 0)
+        m_stream.write(m_buffer.get(), static_cast<std::streamsize>(m_size));
+    m_size = 0;
+}
+
+void PlainOutput::grow(std::size_t size)
+{
+    const std::size_t capacity = std::max({2 * m_capacity, m_size + size, std::size_t{1024}});
+    auto buffer = std::make_unique<char[]>(capacity);
+    if (m_size > 0)
+        std::memcpy(buffer.get(), m_buffer.get(), m_size);
+    m_buffer = std::move(buffer);
+    m_capacity = capacity;
 }
 
 }

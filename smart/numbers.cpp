@@ -2,8 +2,12 @@
 
 #include "smart/scan.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <system_error>
 
@@ -11,46 +15,40 @@ namespace Tools::Smart {
 
 namespace {
 
-constexpr double PowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                  1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                  1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-
 // Exponents beyond this are as good as infinite, and are not counted any further.
 constexpr long long HugeExponent = 1'000'000'000'000'000;
 
-// The parts of a decimal number: digits.digits e exponent.
-struct Decimal {
-    // Of the first 19 digits behind leading zeros; exact if there are no more.
+// The parts of a decimal number: mantissa * 10^exponent.
+struct Parts {
+    // Of the first 18 or 19 digits behind leading zeros; exact if there are no more.
     std::uint64_t mantissa = 0;
     int digits = 0;
-    // The number is mantissa * 10^exponent.
     long long exponent = 0;
     bool isNegative = false;
     bool isExact = true;
 };
 
-bool eightDigits(const char* p, std::uint64_t& value)
+// Appends eight digits at once, if there are eight.
+bool takeEightDigits(const char* p, std::uint64_t& mantissa)
 {
     std::uint64_t word;
     std::memcpy(&word, p, 8);
-    const std::uint64_t isNoDigit = (word & 0xF0F0F0F0F0F0F0F0U) ^ 0x3030303030303030U;
-    const std::uint64_t isAboveNine =
-        ((word + 0x0606060606060606U) & 0xF0F0F0F0F0F0F0F0U) ^ 0x3030303030303030U;
-    if ((isNoDigit | isAboveNine) != 0)
+    word ^= 0x3030303030303030U;
+    // The high bit of a byte is set here if one up to that byte is above 9.
+    if ((((word + 0x7676767676767676U) | word) & 0x8080808080808080U) != 0)
         return false;
-    word -= 0x3030303030303030U;
+    // Pairs, fours, eight.
     word = word * 10 + (word >> 8);
-    value = ((word & 0x000000FF000000FFU) * 0x000F424000000064U +
-             (word >> 16 & 0x000000FF000000FFU) * 0x0000271000000001U) >>
-            32;
+    word = ((word & 0x000000FF000000FFU) * 0x000F424000000064U +
+            (word >> 16 & 0x000000FF000000FFU) * 0x0000271000000001U) >>
+           32;
+    mantissa = mantissa * 100'000'000 + word;
     return true;
 }
 
-const char* takeDigits(const char* p, const char* end, Decimal& number)
+const char* takeDigits(const char* p, const char* end, Parts& number)
 {
-    std::uint64_t eight = 0;
-    while (end - p >= 8 && number.digits + 8 <= 19 && eightDigits(p, eight)) {
-        number.mantissa = number.mantissa * 100'000'000 + eight;
+    while (end - p >= 8 && number.digits + 8 <= 19 && takeEightDigits(p, number.mantissa)) {
         number.digits = number.mantissa != 0 ? number.digits + 8 : 0;
         p += 8;
     }
@@ -67,7 +65,7 @@ const char* takeDigits(const char* p, const char* end, Decimal& number)
 }
 
 // Null if there is no exponent where one has begun.
-const char* takeExponent(const char* p, const char* end, Decimal& number)
+const char* takeExponent(const char* p, const char* end, Parts& number)
 {
     const bool isNegative = p != end && *p == '-';
     if (p != end && (*p == '-' || *p == '+'))
@@ -82,7 +80,7 @@ const char* takeExponent(const char* p, const char* end, Decimal& number)
     return p;
 }
 
-bool split(std::string_view word, Decimal& number)
+bool split(std::string_view word, Parts& number)
 {
     const char* p = word.data();
     const char* const end = p + word.size();
@@ -106,7 +104,7 @@ bool split(std::string_view word, Decimal& number)
 }
 
 // The word is a number by now.
-double convertExactly(std::string_view word, const Decimal& number)
+double convertExactly(std::string_view word, const Parts& number)
 {
     double value = 0.0;
     const char* const end = word.data() + word.size();
@@ -117,18 +115,9 @@ double convertExactly(std::string_view word, const Decimal& number)
     return number.isNegative ? -value : value;
 }
 
-}
-
-bool parseDecimal(std::string_view word, int& value)
-{
-    const char* const end = word.data() + word.size();
-    const auto [stop, error] = std::from_chars(word.data(), end, value);
-    return error == std::errc() && stop == end;
-}
-
 bool parseReal(std::string_view word, double& value)
 {
-    Decimal number;
+    Parts number;
     if (!split(word, number))
         return false;
     // Both factors are exact doubles, so the one rounding of the product is the right one.
@@ -143,6 +132,111 @@ bool parseReal(std::string_view word, double& value)
     }
     value = convertExactly(word, number);
     return true;
+}
+
+bool parseDecimal(std::string_view word, int& value)
+{
+    const char* const end = word.data() + word.size();
+    const auto [stop, error] = std::from_chars(word.data(), end, value);
+    return error == std::errc() && stop == end;
+}
+
+// d.ddddd * 10^exponent; `count` tells how many digits there are without zeros at the end.
+struct SixDigits {
+    char digits[6];
+    int count;
+    int exponent;
+};
+
+// The value is positive and within the powers of ten; false if it lies too near to the middle
+// between two results.
+bool toSixDigits(double value, SixDigits& result)
+{
+    // The exponent of the value, or one too low.
+    std::uint64_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    const int binary = static_cast<int>(bits >> 52) - 1023;
+    int exponent = (binary * 1233 - (binary < 0 ? 4095 : 0)) / 4096;
+    const auto scale = [&] {
+        return exponent <= 5 ? value * PowersOfTen[5 - exponent]
+                             : value / PowersOfTen[exponent - 5];
+    };
+    double scaled = scale();
+    if (scaled >= 1e6) {
+        ++exponent;
+        scaled = scale();
+    }
+    // One rounding of a number below 2^20: exact to 2^-33.
+    auto digits = static_cast<std::uint32_t>(scaled);
+    const double rest = scaled - digits;
+    if (digits < 100'000 || std::abs(rest - 0.5) < 1e-9)
+        return false;
+    digits += rest > 0.5 ? 1 : 0;
+    if (digits == 1'000'000) {
+        digits = 100'000;
+        ++exponent;
+    }
+    result.exponent = exponent;
+    for (int i = 6; i-- > 0; digits /= 10)
+        result.digits[i] = static_cast<char>('0' + digits % 10);
+    result.count = 6;
+    while (result.count > 1 && result.digits[result.count - 1] == '0')
+        --result.count;
+    return true;
+}
+
+char* writeFixed(char* p, const SixDigits& number)
+{
+    if (number.exponent < 0) {
+        std::memcpy(p, "0.000", 5);
+        p += 1 - number.exponent;
+        return std::copy(number.digits, number.digits + number.count, p);
+    }
+    const int whole = number.exponent + 1;
+    p = std::copy(number.digits, number.digits + whole, p);
+    if (number.count <= whole)
+        return p;
+    *p = '.';
+    return std::copy(number.digits + whole, number.digits + number.count, p + 1);
+}
+
+char* writeScientific(char* p, const SixDigits& number)
+{
+    *p++ = number.digits[0];
+    if (number.count > 1) {
+        *p = '.';
+        p = std::copy(number.digits + 1, number.digits + number.count, p + 1);
+    }
+    const int exponent = std::abs(number.exponent);
+    *p++ = 'e';
+    *p++ = number.exponent < 0 ? '-' : '+';
+    *p++ = static_cast<char>('0' + exponent / 10);
+    *p++ = static_cast<char>('0' + exponent % 10);
+    return p;
+}
+
+}
+
+char* writeSixDigits(char* p, double value)
+{
+    *p = '-';
+    p += std::signbit(value) ? 1 : 0;
+    value = std::abs(value);
+    if (value == 0.0) {
+        *p = '0';
+        return p + 1;
+    }
+    SixDigits number;
+    if (value < 1e-16 || value >= 1e22 || !toSixDigits(value, number))
+        return nullptr;
+    return number.exponent < -4 || number.exponent > 5 ? writeScientific(p, number)
+                                                       : writeFixed(p, number);
+}
+
+bool parseNumber(std::string_view word, Number& number)
+{
+    number.isReal = word.find_first_of(".eE") != std::string_view::npos;
+    return number.isReal ? parseReal(word, number.real) : parseDecimal(word, number.decimal);
 }
 
 }

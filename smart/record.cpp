@@ -56,8 +56,6 @@ Record::Record(const Record& other)
     }
 }
 
-Record::Record(Record&& other) noexcept : m_data(std::exchange(other.m_data, nullptr)) {}
-
 // The other record may lie within this one, so this one's content goes last.
 Record& Record::operator=(const Record& other)
 {
@@ -66,17 +64,9 @@ Record& Record::operator=(const Record& other)
     return *this;
 }
 
-Record& Record::operator=(Record&& other) noexcept
+void Record::destroy(RecordData* data) noexcept
 {
-    Record taken(std::move(other));
-    std::swap(m_data, taken.m_data);
-    return *this;
-}
-
-Record::~Record()
-{
-    if (m_data != nullptr)
-        RecordData::destroy(m_data);
+    RecordData::destroy(data);
 }
 
 bool Record::exists(std::string_view name) const
@@ -262,12 +252,12 @@ void Record::readFrom(std::istream& stream)
 
 void Record::readFrom(IstreamTokenIterator& tokens)
 {
-    RecordReader(tokens).read(*this);
+    RecordReader::read(tokens, *this);
 }
 
 void Record::writeTo(std::ostream& stream, int level, const std::string& indentUnit) const
 {
-    RecordWriter(stream, indentUnit).write(*this, level);
+    writeTree(*this, stream, level, indentUnit);
 }
 
 }

@@ -22,40 +22,41 @@ constexpr int MaxDepth = 40;
 RecordData* RecordData::allocate(Shared<Index> index, std::uint32_t cells, std::uint32_t reals)
 {
     void* memory = ::operator new(sizeof(RecordData) + sizeof(Cell) * cells);
-    return new (memory) RecordData(std::move(index), cells, reals);
+    return new (memory) RecordData(std::move(index), Shared<Page>(), cells, reals);
 }
 
-RecordData* RecordData::allocate(Shared<Index> index, std::uint32_t reals)
+RecordData* RecordData::allocate(Shared<Index> index, std::uint32_t reals, PagePool& pool)
 {
     const std::uint32_t cells = index->usedCells();
-    return allocate(std::move(index), cells, reals);
+    Shared<Page> page;
+    void* memory = pool.allocate(sizeof(RecordData) + sizeof(Cell) * cells, page);
+    return new (memory) RecordData(std::move(index), std::move(page), cells, reals);
 }
 
-void RecordData::free(RecordData* data) noexcept
+void RecordData::free(RecordData* data, OwnerReturn<Index>& indexes,
+                      OwnerReturn<Page>& pages) noexcept
 {
     for (Block* block = data->m_newest; block != nullptr;) {
         Block* older = block->older;
         ::operator delete(block);
         block = older;
     }
+    Page* page = data->m_page.release();
+    indexes.add(data->m_index.release());
     data->~RecordData();
-    ::operator delete(data);
+    if (page != nullptr)
+        pages.add(page);
+    else
+        ::operator delete(data);
 }
 
-RecordData* RecordData::createLike(const RecordData& other)
+RecordData* RecordData::createLike(const RecordData& other, PagePool& pool)
 {
-    RecordData* data = allocate(other.m_index, other.m_reals);
+    RecordData* data = allocate(other.m_index, other.m_reals, pool);
     for (const Index::Block& block : data->index().blocks())
         for (const Entry& entry : block)
             data->construct(data->typeOf(entry), entry.cell());
     return data;
-}
-
-Type RecordData::typeOf(const Entry& entry) const
-{
-    if (entry.type() == Type::Decimal && (m_reals & realFlag(entry.cell())) != 0)
-        return Type::Real;
-    return entry.type();
 }
 
 void RecordData::flagReal(std::uint32_t cell, bool isReal)
@@ -69,12 +70,12 @@ void RecordData::setType(Entry& entry, Type type, std::uint32_t cell)
     flagReal(cell, type == Type::Real);
 }
 
-Cell* RecordData::cellAt(std::uint32_t cell) const
+Cell* RecordData::cellInBlocks(std::uint32_t cell) const
 {
     for (Block* block = m_newest; block != nullptr; block = block->older)
         if (cell >= block->firstCell)
             return reinterpret_cast<Cell*>(block + 1) + (cell - block->firstCell);
-    return reinterpret_cast<Cell*>(const_cast<RecordData*>(this) + 1) + cell;
+    return inlineCell(cell);
 }
 
 std::uint32_t RecordData::capacity() const
@@ -211,10 +212,8 @@ void RecordData::erase(Record& record, std::string_view name)
     data->m_index->releaseCells(entry.cell(), entry.type() == Type::Text);
     data->destroyValue(entry);
     data->m_index->erase(entry.name());
-    if (data->index().isEmpty()) {
-        of(record) = nullptr;
-        free(data);
-    }
+    if (data->index().isEmpty())
+        record = Record();
 }
 
 void RecordData::shareIndex(Record& record, const Record& model, int depth)
@@ -263,6 +262,7 @@ private:
     void copyValue(const RecordData& from, const RecordData& to, const Entry& entry, int depth);
 
     std::vector<Task> m_waiting;
+    PagePool m_pool;
 };
 
 void Copy::copy(const Record& source, Record& target, int depth)
@@ -274,7 +274,7 @@ void Copy::copy(const Record& source, Record& target, int depth)
         m_waiting.push_back({&source, &target});
         return;
     }
-    const RecordData* to = RecordData::of(target) = RecordData::createLike(*from);
+    const RecordData* to = RecordData::of(target) = RecordData::createLike(*from, m_pool);
     for (const Index::Block& block : from->index().blocks())
         for (const Entry& entry : block)
             copyValue(*from, *to, entry, depth);
@@ -343,6 +343,9 @@ private:
     void releaseValue(const RecordData& data, const Entry& entry, int depth);
 
     std::vector<RecordData*> m_waiting;
+    // Records within others usually have another index than those around them.
+    OwnerReturn<Index> m_indexes[2];
+    OwnerReturn<Page> m_pages;
 };
 
 void Release::release(RecordData* data, int depth)
@@ -356,7 +359,7 @@ void Release::release(RecordData* data, int depth)
     for (const Index::Block& block : data->index().blocks())
         for (const Entry& entry : block)
             releaseValue(*data, entry, depth);
-    RecordData::free(data);
+    RecordData::free(data, m_indexes[depth % 2], m_pages);
 }
 
 void Release::release(SequenceData* data, int depth)

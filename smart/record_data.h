@@ -1,6 +1,7 @@
 #pragma once
 
 #include "smart/index.h"
+#include "smart/page.h"
 
 #include <mdtools/smart_record.h>
 
@@ -23,7 +24,7 @@ inline constexpr std::uint32_t TextCells = (sizeof(std::string) + sizeof(Cell) -
 
 // What a record consists of: the index (shared with all records of the same structure) and its
 // values in cells that never move. The first cells follow this object in the same allocation; more
-// come in blocks of growing size. A record of eight numbers takes 88 bytes.
+// come in blocks of growing size. A record of eight numbers takes 96 bytes.
 //
 // Whether a number is a decimal or a real often changes from record to record, because a real
 // without fraction is written like a decimal. So for the numbers in the first cells each record
@@ -36,9 +37,9 @@ public:
 
     // The values of the index's entries are not there yet: the caller constructs them in their
     // cells.
-    static RecordData* allocate(Shared<Index> index, std::uint32_t reals);
+    static RecordData* allocate(Shared<Index> index, std::uint32_t reals, PagePool& pool);
     // With the same entries, all of them empty or zero.
-    static RecordData* createLike(const RecordData& other);
+    static RecordData* createLike(const RecordData& other, PagePool& pool);
 
     static RecordData*& of(Record& record) { return record.m_data; }
     static const RecordData* of(const Record& record) { return record.m_data; }
@@ -56,8 +57,21 @@ public:
     static std::uint32_t cellsOf(Type type) { return type == Type::Text ? TextCells : 1; }
 
     const Index& index() const { return *m_index; }
-    Type typeOf(const Entry& entry) const;
-    Cell* cellAt(std::uint32_t cell) const;
+    Type typeOf(const Entry& entry) const
+    {
+        if (entry.type() == Type::Decimal && (m_reals & realFlag(entry.cell())) != 0)
+            return Type::Real;
+        return entry.type();
+    }
+    Cell* cellAt(std::uint32_t cell) const
+    {
+        return m_newest == nullptr ? inlineCell(cell) : cellInBlocks(cell);
+    }
+    // For a cell that surely follows this object.
+    Cell* inlineCell(std::uint32_t cell) const
+    {
+        return reinterpret_cast<Cell*>(const_cast<RecordData*>(this) + 1) + cell;
+    }
     template <class T>
     T& value(const Entry& entry) const
     {
@@ -93,17 +107,19 @@ private:
         std::uint32_t cells;
     };
 
-    RecordData(Shared<Index> index, std::uint32_t cells, std::uint32_t reals)
-        : m_index(std::move(index)), m_inlineCells(cells), m_reals(reals)
+    RecordData(Shared<Index> index, Shared<Page> page, std::uint32_t cells, std::uint32_t reals)
+        : m_index(std::move(index)), m_page(std::move(page)), m_inlineCells(cells), m_reals(reals)
     {}
     ~RecordData() = default;
     static RecordData* allocate(Shared<Index> index, std::uint32_t cells, std::uint32_t reals);
-    static void free(RecordData* data) noexcept;
+    static void free(RecordData* data, OwnerReturn<Index>& indexes,
+                     OwnerReturn<Page>& pages) noexcept;
 
     static Cell* provideCell(Record& record, std::string_view name, Type type);
     Cell* insertValue(std::string_view name, Type type);
     Cell* changeType(std::string_view name, Type type);
 
+    Cell* cellInBlocks(std::uint32_t cell) const;
     std::uint32_t capacity() const;
     std::uint32_t allocateCells(Type type);
     void addBlock();
@@ -115,6 +131,8 @@ private:
 
     Shared<Index> m_index;
     Block* m_newest = nullptr;
+    // Where this object lies; null if it has an allocation of its own.
+    Shared<Page> m_page;
     std::uint32_t m_inlineCells;
     // Bit n is set if the number in cell n is a real.
     std::uint32_t m_reals;

@@ -1,79 +1,118 @@
 #include "smart/record_writer.h"
 
+#include "smart/line_output.h"
+#include "smart/record_data.h"
+
 #include <stdexcept>
+#include <vector>
 
 namespace Tools::Smart {
 
 namespace {
 
-bool isBlank(const std::string& unit)
-{
-    return unit.find_first_not_of(" \t") == std::string::npos;
-}
+// A record or sequence whose opening mark is written. The data is null if it is empty.
+struct Frame {
+    bool isSequence;
+    const RecordData* record;
+    const SequenceData* sequence;
+    // The next entries of the current block of the record's index.
+    const Entry* entry;
+    const Entry* blockEnd;
+    // The next block, or the next record of the sequence.
+    std::size_t next;
+};
 
-}
-
-RecordWriter::RecordWriter(std::ostream& stream, const std::string& indentUnit)
-    : m_output(stream), m_unit(isBlank(indentUnit) ? indentUnit : std::string())
-{}
-
-void RecordWriter::write(const Record& record, int level)
-{
-    m_level = level;
-    open(record);
-    run();
-}
-
-void RecordWriter::write(const Sequence& sequence, int level)
-{
-    m_level = level;
-    open(sequence);
-    run();
-}
-
-void RecordWriter::run()
-{
-    while (!m_frames.empty()) {
-        if (writeNext(m_frames.back()))
-            continue;
-        const bool isRecord = m_frames.back().record != nullptr;
-        m_frames.pop_back();
-        writeLine(isRecord ? ")" : "]");
+// Writes a tree, with the records within records on a stack of its own.
+template <class Output>
+class TreeWriter {
+public:
+    TreeWriter(std::ostream& stream, int level, const std::string& indentUnit)
+        : m_output(stream), m_level(level)
+    {
+        if (indentUnit.find_first_not_of(" \t") == std::string::npos)
+            m_unit = indentUnit;
     }
-    m_output.finish();
-}
 
-void RecordWriter::open(const Record& record)
-{
-    writeLine("(");
-    m_frames.push_back({&record, nullptr, {0, 0}, 0});
-}
-
-void RecordWriter::open(const Sequence& sequence)
-{
-    writeLine("[");
-    m_frames.push_back({nullptr, &sequence, {0, 0}, 0});
-}
-
-// False if there is nothing more to write within the frame.
-bool RecordWriter::writeNext(Frame& frame)
-{
-    if (frame.sequence != nullptr) {
-        const bool isThere = frame.number < frame.sequence->size();
-        if (isThere)
-            open((*frame.sequence)[frame.number++]);
-        return isThere;
+    template <class T>
+    void write(const T& tree)
+    {
+        open(tree);
+        while (!m_frames.empty())
+            writeNext();
+        m_output.finish();
     }
-    const RecordData* data = RecordData::of(*frame.record);
-    const Entry* entry = data != nullptr ? data->index().at(frame.entry) : nullptr;
-    if (entry == nullptr)
+
+private:
+    void writeNext();
+    void open(const Record& record);
+    void open(const Sequence& sequence);
+    bool writeNextEntry(Frame& frame);
+    bool writeNextRecord(Frame& frame);
+    void writeEntry(const RecordData& data, const Entry& entry);
+    void writeMark(std::string_view mark);
+    void indent();
+
+    Output m_output;
+    // Of the outermost record or sequence.
+    long long m_level;
+    std::string m_unit;
+    // The unit as often as it was needed so far.
+    std::string m_indent;
+    std::vector<Frame> m_frames;
+};
+
+template <class Output>
+void TreeWriter<Output>::writeNext()
+{
+    Frame& frame = m_frames.back();
+    const bool isSequence = frame.isSequence;
+    if (isSequence ? writeNextRecord(frame) : writeNextEntry(frame))
+        return;
+    m_frames.pop_back();
+    writeMark(isSequence ? "]" : ")");
+}
+
+template <class Output>
+void TreeWriter<Output>::open(const Record& record)
+{
+    writeMark("(");
+    m_frames.push_back({false, RecordData::of(record), nullptr, nullptr, nullptr, 0});
+}
+
+template <class Output>
+void TreeWriter<Output>::open(const Sequence& sequence)
+{
+    writeMark("[");
+    m_frames.push_back({true, nullptr, SequenceData::of(sequence), nullptr, nullptr, 0});
+}
+
+// Both are false if there is nothing more within the frame.
+template <class Output>
+bool TreeWriter<Output>::writeNextRecord(Frame& frame)
+{
+    if (frame.sequence == nullptr || frame.next == frame.sequence->size())
         return false;
-    frame.entry = data->index().next(frame.entry);
-    writeEntry(*data, *entry);
+    open(frame.sequence->at(frame.next++));
     return true;
 }
 
-void RecordWriter::writeEntry(const RecordData& data, const Entry& entry)
+template <class Output>
+bool TreeWriter<Output>::writeNextEntry(Frame& frame)
+{
+    if (frame.entry == frame.blockEnd) {
+        if (frame.record == nullptr || frame.next == frame.record->index().blocks().size())
+            return false;
+        const Index::Block& block = frame.record->index().blocks()[frame.next++];
+        frame.entry = block.data();
+        frame.blockEnd = block.data() + block.size();
+    }
+    const Entry& entry = *frame.entry++;
+    writeEntry(*frame.record, entry);
+    return true;
+}
+
+template <class Output>
+void TreeWriter<Output>::writeEntry(const RecordData& data, const Entry& entry)
 {
     indent();
     m_output.write(entry.name());
@@ -81,7 +120,7 @@ void RecordWriter::writeEntry(const RecordData& data, const Entry& entry)
     switch (data.typeOf(entry)) {
     case Type::Text:
         m_output.write("\"");
-        m_output.write(data.value<std::string>(entry));
+        m_output.write(std::string_view(data.value<std::string>(entry)));
         m_output.write("\"");
         m_output.endLine();
         break;
@@ -106,7 +145,8 @@ void RecordWriter::writeEntry(const RecordData& data, const Entry& entry)
     }
 }
 
-void RecordWriter::writeLine(std::string_view mark)
+template <class Output>
+void TreeWriter<Output>::writeMark(std::string_view mark)
 {
     indent();
     m_output.write(mark);
@@ -114,7 +154,8 @@ void RecordWriter::writeLine(std::string_view mark)
 }
 
 // Everything within a frame stands one level below its marks.
-void RecordWriter::indent()
+template <class Output>
+void TreeWriter<Output>::indent()
 {
     const long long level = m_level + static_cast<long long>(m_frames.size());
     if (m_unit.empty() || level <= 0)
@@ -123,6 +164,28 @@ void RecordWriter::indent()
     while (m_indent.size() < size)
         m_indent += m_unit;
     m_output.write(std::string_view(m_indent).substr(0, size));
+}
+
+template <class T>
+void write(const T& tree, std::ostream& stream, int level, const std::string& indentUnit)
+{
+    if (PlainOutput::serves(stream))
+        TreeWriter<PlainOutput>(stream, level, indentUnit).write(tree);
+    else
+        TreeWriter<StreamOutput>(stream, level, indentUnit).write(tree);
+}
+
+}
+
+void writeTree(const Record& record, std::ostream& stream, int level, const std::string& indentUnit)
+{
+    write(record, stream, level, indentUnit);
+}
+
+void writeTree(const Sequence& sequence, std::ostream& stream, int level,
+               const std::string& indentUnit)
+{
+    write(sequence, stream, level, indentUnit);
 }
 
 }

@@ -32,8 +32,6 @@ Sequence::Sequence(const Sequence& other)
     }
 }
 
-Sequence::Sequence(Sequence&& other) noexcept : m_data(std::exchange(other.m_data, nullptr)) {}
-
 // The other sequence may lie within this one, so this one's records go last.
 Sequence& Sequence::operator=(const Sequence& other)
 {
@@ -42,17 +40,9 @@ Sequence& Sequence::operator=(const Sequence& other)
     return *this;
 }
 
-Sequence& Sequence::operator=(Sequence&& other) noexcept
+void Sequence::destroy(SequenceData* data) noexcept
 {
-    Sequence taken(std::move(other));
-    std::swap(m_data, taken.m_data);
-    return *this;
-}
-
-Sequence::~Sequence()
-{
-    if (m_data != nullptr)
-        RecordData::destroy(m_data);
+    RecordData::destroy(data);
 }
 
 Sequence& Sequence::push_back(const Record& record)
@@ -125,12 +115,12 @@ void Sequence::readFrom(std::istream& stream)
 
 void Sequence::readFrom(IstreamTokenIterator& tokens)
 {
-    RecordReader(tokens).read(*this);
+    RecordReader::read(tokens, *this);
 }
 
 void Sequence::writeTo(std::ostream& stream, int level, const std::string& indentUnit) const
 {
-    RecordWriter(stream, indentUnit).write(*this, level);
+    writeTree(*this, stream, level, indentUnit);
 }
 
 }

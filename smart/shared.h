@@ -15,9 +15,15 @@ public:
     SharedObject(const SharedObject&) {}
     SharedObject& operator=(const SharedObject&) = delete;
 
-    void addOwner() const { m_owners.fetch_add(1, std::memory_order_relaxed); }
-    // True for the last owner, who deletes the object.
-    bool removeOwner() const { return m_owners.fetch_sub(1, std::memory_order_acq_rel) == 1; }
+    void addOwners(std::size_t count) const
+    {
+        m_owners.fetch_add(count, std::memory_order_relaxed);
+    }
+    // True if they were the last owners; the object is to be deleted then.
+    bool removeOwners(std::size_t count) const
+    {
+        return m_owners.fetch_sub(count, std::memory_order_acq_rel) == count;
+    }
     // True if the caller is the only owner, who may change the object then.
     bool hasOneOwner() const { return m_owners.load(std::memory_order_acquire) == 1; }
 
@@ -35,7 +41,7 @@ public:
     explicit Shared(T* object) : m_object(object)
     {
         if (m_object != nullptr)
-            m_object->addOwner();
+            m_object->addOwners(1);
     }
     Shared(const Shared& other) : Shared(other.m_object) {}
     Shared(Shared&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
@@ -46,9 +52,18 @@ public:
     }
     ~Shared()
     {
-        if (m_object != nullptr && m_object->removeOwner())
+        if (m_object != nullptr && m_object->removeOwners(1))
             T::destroy(m_object);
     }
+
+    // For an owner that was counted already, or will be uncounted elsewhere.
+    static Shared counted(T* object)
+    {
+        Shared shared;
+        shared.m_object = object;
+        return shared;
+    }
+    T* release() { return std::exchange(m_object, nullptr); }
 
     T* get() const { return m_object; }
     T* operator->() const { return m_object; }
@@ -57,6 +72,77 @@ public:
 
 private:
     T* m_object = nullptr;
+};
+
+// Adds owners by the hundred and hands them out one by one, because counting in memory that other
+// threads may see is slow.
+template <class T>
+class OwnerStock {
+public:
+    OwnerStock() = default;
+    explicit OwnerStock(Shared<T> object) : m_object(std::move(object)) {}
+    OwnerStock(OwnerStock&& other) noexcept
+        : m_object(std::move(other.m_object)), m_count(std::exchange(other.m_count, 0))
+    {}
+    OwnerStock& operator=(OwnerStock&& other) noexcept
+    {
+        std::swap(m_object, other.m_object);
+        std::swap(m_count, other.m_count);
+        return *this;
+    }
+    ~OwnerStock()
+    {
+        // The object stays: m_object is an owner, too.
+        if (m_count > 0)
+            m_object->removeOwners(m_count);
+    }
+
+    explicit operator bool() const { return static_cast<bool>(m_object); }
+
+    Shared<T> take()
+    {
+        if (m_count == 0) {
+            m_object->addOwners(Supply);
+            m_count = Supply;
+        }
+        --m_count;
+        return Shared<T>::counted(m_object.get());
+    }
+
+private:
+    static constexpr std::size_t Supply = 256;
+
+    Shared<T> m_object;
+    std::size_t m_count = 0;
+};
+
+// Removes owners of the same object together. The object may be gone after flush() only.
+template <class T>
+class OwnerReturn {
+public:
+    OwnerReturn() = default;
+    OwnerReturn(const OwnerReturn&) = delete;
+    OwnerReturn& operator=(const OwnerReturn&) = delete;
+    ~OwnerReturn() { flush(); }
+
+    void add(T* object)
+    {
+        if (object != m_object) {
+            flush();
+            m_object = object;
+        }
+        ++m_count;
+    }
+    void flush()
+    {
+        if (m_count > 0 && m_object->removeOwners(m_count))
+            T::destroy(m_object);
+        m_count = 0;
+    }
+
+private:
+    T* m_object = nullptr;
+    std::size_t m_count = 0;
 };
 
 }

@@ -18,7 +18,6 @@ std::uint32_t Structures::step(std::uint32_t node, std::uint32_t expected, std::
         const auto found = m_steps.find(Step(node, type, name));
         next = found != m_steps.end() ? found->second : add(node, name, type);
     }
-    m_nodes[node].next = next;
     return next;
 }
 
@@ -46,6 +45,8 @@ std::uint32_t Structures::add(std::uint32_t parent, std::string_view name, Type 
     node.usedCells = node.cell + RecordData::cellsOf(type);
     node.length = m_nodes[parent].length + 1;
     node.parent = parent;
+    node.startSize = static_cast<std::uint32_t>(std::min(name.size(), sizeof node.start));
+    name.copy(node.start, node.startSize);
     const auto number = static_cast<std::uint32_t>(m_nodes.size());
     const std::string_view ownName = node.name->text();
     m_nodes.push_back(std::move(node));
@@ -53,18 +54,19 @@ std::uint32_t Structures::add(std::uint32_t parent, std::string_view name, Type 
     return number;
 }
 
-const Shared<Index>& Structures::indexOf(std::uint32_t node)
+Shared<Index> Structures::indexOf(std::uint32_t node)
 {
     if (m_nodes[node].index)
-        return m_nodes[node].index;
+        return m_nodes[node].index.take();
     std::vector<Entry> entries;
     entries.reserve(m_nodes[node].length);
     for (std::uint32_t i = node; i != 0; i = m_nodes[i].parent)
         entries.emplace_back(m_nodes[i].name, m_nodes[i].type, m_nodes[i].cell);
     std::sort(entries.begin(), entries.end(),
               [](const Entry& a, const Entry& b) { return a.isBefore(Key(b.name())); });
-    m_nodes[node].index = Index::create(std::move(entries), m_nodes[node].usedCells);
-    return m_nodes[node].index;
+    m_nodes[node].index =
+        OwnerStock<Index>(Index::create(std::move(entries), m_nodes[node].usedCells));
+    return m_nodes[node].index.take();
 }
 
 }

@@ -30,26 +30,36 @@ public:
         std::uint32_t usedCells = 0;
         std::uint32_t length = 0;
         std::uint32_t parent = 0;
-        // The step last taken from here, and the first step last taken by a record that is part of
-        // this entry: what the next record will probably do.
+        // The start of the name once more, and how much of it that is.
+        std::uint32_t startSize = 0;
+        char start[16] = {};
+
+        // What the next record will probably do, because the last one did: the step taken from
+        // here, and the first step of a record that is part of this entry.
         std::uint32_t next = 0;
         std::uint32_t nestedFirst = 0;
-        Shared<Index> index;
+        // The number of blanks before the name and the value, behind a text, and before a mark
+        // after this entry.
+        std::uint32_t nameBlanks = 0;
+        std::uint32_t valueBlanks = 0;
+        std::uint32_t textBlanks = 0;
+        std::uint32_t markBlanks = 0;
+
+        OwnerStock<Index> index;
     };
 
     Structures() : m_nodes(1) {}
 
-    const Node& operator[](std::uint32_t node) const { return m_nodes[node]; }
+    // The expectations may be changed.
+    Node& operator[](std::uint32_t node) { return m_nodes[node]; }
 
     // The node behind `node` by an entry of that name and type, where `expected` is tried first. 0
     // if there is none, because the name is in the list already or the tree is full.
     std::uint32_t step(std::uint32_t node, std::uint32_t expected, std::string_view name,
                        Type type);
 
-    void expect(std::uint32_t outer, std::uint32_t first) { m_nodes[outer].nestedFirst = first; }
-
     // The index of the records that end at this node.
-    const Shared<Index>& indexOf(std::uint32_t node);
+    Shared<Index> indexOf(std::uint32_t node);
 
 private:
     static constexpr std::size_t MaxNodes = 16384;

@@ -72,10 +72,10 @@ void IstreamTokenIterator::read()
 {
     if (m_stream == nullptr)
         return;
-    Lexer lexer(*m_stream, m_buffer);
+    Lexer lexer(*m_stream, m_buffer, m_end);
     lexer.next();
     lexer.storeIn(m_token);
-    m_end = m_end || lexer.hasEnded();
+    m_end = lexer.hasEnded();
 }
 
 }

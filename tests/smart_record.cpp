@@ -463,6 +463,32 @@ TEST(SmartRecord, reads)
               "Tools::Smart::WrongToken: want [=], get [decimal]");
 }
 
+// Which of its numbers are reals may differ from record to record.
+TEST(SmartRecord, tellsNumbersApart)
+{
+    constexpr int Count = 50;
+    const auto textOf = [](int shift, const char* equals, const char* real, const char* decimal) {
+        std::string text = "(";
+        for (int i = 0; i < Count; ++i)
+            text += "n" + std::to_string(i + 10) + equals + ((i + shift) % 3 == 0 ? real : decimal);
+        return text + ")";
+    };
+    const std::string input = textOf(0, " = ", "1.5 ", "2 ") + textOf(1, " = ", "1.5 ", "2 ");
+    const std::string tree = textOf(0, ":", "r1.5 ", "2 ") + textOf(1, ":", "r1.5 ", "2 ");
+    Record record = parsed("(s = [" + input + input + "])");
+    EXPECT_EQ(dump(record), "(s:[" + tree + tree + "] )");
+    Record first = record.getSequence("s")[0];
+    for (int i = 0; i < Count; ++i) {
+        const std::string name = "n" + std::to_string(i + 10);
+        if (i % 3 == 0)
+            first.setDecimal(name, 2);
+        if ((i + 1) % 3 == 0)
+            first.setReal(name, 1.5);
+    }
+    EXPECT_EQ(dump(first), textOf(1, ":", "r1.5 ", "2 "));
+    EXPECT_EQ(dump(record), "(s:[" + tree + tree + "] )");
+}
+
 TEST(SmartRecord, mergesWhatItReads)
 {
     Record record = parsed("(a = 1 b = \"x\" c = (d = 1))");
@@ -571,7 +597,9 @@ private:
 std::string randomText(std::mt19937& random, int depth, unsigned names)
 {
     static const char* const values[] = {
-        "1", "2.5", "-3e2", "\"t\"", "\"a text, not stored in place\"", "\"a\\nb\" \"c\""};
+        "1",         "2.5",         "-3e2",
+        "\"t\"",     "\"a\" \"b\"", "\"a text, not stored in place\"",
+        "\"a\\nb\"", "12345678.9",  "\"a\" # comment\n \"b\""};
     static const char* const wrong[] = {"1x", ")", "(", "]", "=", "\"", "word", "\\"};
     std::string text = "(";
     for (auto n = random() % 6; n > 0; --n) {
@@ -594,13 +622,31 @@ std::string randomText(std::mt19937& random, int depth, unsigned names)
     return text + ")";
 }
 
+// Records of one structure in a sequence, with some characters changed, inserted or cut off.
+std::string randomInput(std::mt19937& random, int round)
+{
+    static const std::string characters = "()[]=\"#\\ \n\t1.-e9nab";
+    std::string input = randomText(random, 3, round % 2 == 0 ? 3 : 40);
+    if (round % 3 != 0) {
+        std::string sequence = "(list = [";
+        for (auto n = random() % 6; n > 0; --n)
+            sequence += "\n  " + input;
+        input = sequence + "\n])";
+    }
+    for (auto n = random() % 3; n > 0; --n)
+        input[random() % input.size()] = characters[random() % characters.size()];
+    if (random() % 4 == 0)
+        input.insert(random() % input.size(), 1, characters[random() % characters.size()]);
+    if (random() % 8 == 0)
+        input.resize(random() % input.size());
+    return input + "rest";
+}
+
 TEST(SmartRecord, readsLikeTheLiteralReader)
 {
     std::mt19937 random(11);
     for (int round = 0; round < 20000 && !HasFailure(); ++round) {
-        std::string input = randomText(random, 3, round % 2 == 0 ? 3 : 40) + "rest";
-        if (random() % 4 == 0)
-            input.resize(random() % input.size());
+        const std::string input = randomInput(random, round);
         const TextSource::Kind kind = TextSource::Kinds[random() % std::size(TextSource::Kinds)];
         SCOPED_TRACE(input + " (" + std::to_string(kind.area) + ", " +
                      std::to_string(kind.canPutBack) + ")");

@@ -101,10 +101,20 @@ public:
 
     Sequence() = default;
     Sequence(const Sequence& other);
-    Sequence(Sequence&& other) noexcept;
+    Sequence(Sequence&& other) noexcept : m_data(std::exchange(other.m_data, nullptr)) {}
     Sequence& operator=(const Sequence& other);
-    Sequence& operator=(Sequence&& other) noexcept;
-    ~Sequence();
+    // The other may lie within this one, so this one's content goes last.
+    Sequence& operator=(Sequence&& other) noexcept
+    {
+        Sequence taken(std::move(other));
+        std::swap(m_data, taken.m_data);
+        return *this;
+    }
+    ~Sequence()
+    {
+        if (m_data != nullptr)
+            destroy(m_data);
+    }
 
     Sequence& push_back(const Record& record);
     Sequence& push_back(Record&& record);
@@ -135,6 +145,7 @@ private:
     static constexpr std::size_t End = static_cast<std::size_t>(-1);
 
     Record* find(std::size_t index) const;
+    static void destroy(SequenceData* data) noexcept;
 
     SequenceData* m_data = nullptr;
 };
@@ -170,10 +181,20 @@ public:
 
     Record() = default;
     Record(const Record& other);
-    Record(Record&& other) noexcept;
+    Record(Record&& other) noexcept : m_data(std::exchange(other.m_data, nullptr)) {}
     Record& operator=(const Record& other);
-    Record& operator=(Record&& other) noexcept;
-    ~Record();
+    // The other may lie within this one, so this one's content goes last.
+    Record& operator=(Record&& other) noexcept
+    {
+        Record taken(std::move(other));
+        std::swap(m_data, taken.m_data);
+        return *this;
+    }
+    ~Record()
+    {
+        if (m_data != nullptr)
+            destroy(m_data);
+    }
 
     // An entry of this name, of whatever type or of the given one. A decimal counts as a real, too.
     bool exists(std::string_view name) const;
@@ -248,6 +269,8 @@ public:
 private:
     friend class RecordData;
     friend class SequenceData;
+
+    static void destroy(RecordData* data) noexcept;
 
     RecordData* m_data = nullptr;
 };

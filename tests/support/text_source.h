@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <istream>
 #include <streambuf>
@@ -35,9 +34,9 @@ protected:
         if (m_next == m_text.size())
             return traits_type::eof();
         if (m_kind.area > 0) {
-            const std::size_t count = std::min(m_kind.area, m_text.size() - m_next);
-            setg(&m_text[m_next], &m_text[m_next], &m_text[m_next] + count);
-            m_next += count;
+            m_area = m_text.substr(m_next, m_kind.area);
+            m_next += m_area.size();
+            setg(m_area.data(), m_area.data(), m_area.data() + m_area.size());
             return traits_type::to_int_type(*gptr());
         }
         return traits_type::to_int_type(m_text[m_next]);
@@ -63,6 +62,7 @@ protected:
 
 private:
     std::string m_text;
+    std::string m_area;
     Kind m_kind;
     std::size_t m_next = 0;
 };
