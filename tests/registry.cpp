@@ -57,6 +57,7 @@ TEST_F(RegistryTest, paths)
     }
     EXPECT_TRUE(Registry::find(Registry::CurrentUser, nullptr, false).valid());
     EXPECT_FALSE(findUser("//" + m_path, true).valid());
+    EXPECT_TRUE(findUser("", true).valid());
     for (const int hive : {-1, 3, 1000})
         EXPECT_FALSE(Registry::find(static_cast<Registry::Hive>(hive), m_path, true).valid());
     for (const Registry::Hive hive : {Registry::LocalMachine, Registry::ClassesRoot})

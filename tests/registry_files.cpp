@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -157,6 +158,25 @@ TEST_F(RegistryFiles, damagedStoreIsLeftAlone)
     fs::remove(database);
     writeFile(database, good);
     EXPECT_EQ(run({"read", User, "K", "v7"}), "7\n");
+}
+
+// The machine's store has no log but a journal, which the next one plays back.
+TEST_F(RegistryFiles, killedWriterOfTheMachine)
+{
+    for (int round = 0; round < 3; ++round) {
+        Child child(builtProgram("settings_child"), {"count", Machine, "K", "v"}, variables());
+        while (std::atoi(run({"read", Machine, "K", "v"}).c_str()) < 3 + round)
+            ASSERT_TRUE(child.started());
+        child.kill();
+        std::string lines = child.wait().output;
+        lines.erase(lines.find_last_of('\n'));
+        const int told = std::atoi(lines.c_str() + lines.find_last_of('\n') + 1);
+        const int stored = std::atoi(run({"read", Machine, "K", "v"}).c_str());
+        EXPECT_GE(stored, told);
+        EXPECT_LE(stored, told + 1);
+        run({"write", Machine, "K", "v", "0"});
+        EXPECT_EQ(run({"read", Machine, "K", "v"}), "0\n");
+    }
 }
 
 TEST_F(RegistryFiles, manyMakeTheStoreAtOnce)

@@ -117,9 +117,8 @@ void RecentValues::store(KeyHandle key, std::string_view name, const StoredValue
 
 void RecentValues::clear()
 {
-    // A key of 0 is no handle.
     for (Entry& entry : m_entries)
-        entry.key.store(0, Relaxed);
+        entry.counter.store(0, Relaxed);
 }
 
 }
