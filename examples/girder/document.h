@@ -38,10 +38,10 @@ public:
     const Span& span(std::size_t index) const { return m_model.spans[index]; }
     Tools::DataChangedManager& views() { return m_views; }
 
-    void setLength(std::size_t span, double length);
-    void setLoad(std::size_t span, double load);
-    void addPointLoad(std::size_t span, const PointLoad& load);
-    void removePointLoad(std::size_t span, std::size_t index);
+    void setLength(std::size_t index, double length);
+    void setLoad(std::size_t index, double load);
+    void addPointLoad(std::size_t index, const PointLoad& load);
+    void removePointLoad(std::size_t index, std::size_t place);
 
     // The edits until endGroup() are undone and redone as one. Groups do not nest.
     void beginGroup(const std::string& description);

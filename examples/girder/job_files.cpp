@@ -77,7 +77,7 @@ JobFiles::JobFiles(const std::string& modelFile, const std::string& resultFile,
 
 std::string JobFiles::archiveIn(const std::string& directory) const
 {
-    const std::string folder = makeFolder(directory, File::getNameWithoutExtension(model));
+    std::string folder = makeFolder(directory, File::getNameWithoutExtension(model));
     if (folder.empty())
         return "";
     for (const std::string& file : {model, results, text}) {
