@@ -125,7 +125,7 @@ TEST_F(RegistryFiles, damagedStoreIsLeftAlone)
     ASSERT_GT(good.size(), 20000u);
 
     std::string noise = good;
-    for (std::size_t i = 4096; i < noise.size(); ++i)
+    for (std::size_t i = 1024; i < noise.size(); ++i)
         noise[i] = static_cast<char>(i * 2654435761u >> 13);
     const fs::path other = m_directory / "other";
     sqlite3_open(other.c_str(), &connection);
@@ -139,7 +139,7 @@ TEST_F(RegistryFiles, damagedStoreIsLeftAlone)
         std::string(100000, 'x'),
         noise,
         good.substr(0, 100),
-        good.substr(0, 5000),
+        good.substr(0, 2000),
         readFile(other),
     };
     for (const std::string& damage : damages) {

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
+#include <thread>
 #include <utility>
 
 #include <sqlite3.h>
@@ -21,8 +23,12 @@ namespace {
 constexpr std::int64_t ApplicationId = 0x4D645265;
 constexpr std::int64_t FormatVersion = 1;
 
-// Writers wait for each other; only one that was stopped for good makes the others give up.
-constexpr int BusyMilliseconds = 60000;
+// Everyone waits for everyone; only one that was stopped for good makes the others give up.
+constexpr std::chrono::seconds Patience{60};
+constexpr std::chrono::microseconds Pause{500};
+
+// Settings are small: small pages are written and checked faster.
+constexpr std::int64_t PageSize = 1024;
 
 constexpr const char* Schema =
     "CREATE TABLE key(id INTEGER PRIMARY KEY AUTOINCREMENT, parent INTEGER NOT NULL,"
@@ -79,6 +85,16 @@ std::int64_t readNumber(sqlite3* connection, const char* text)
 bool execute(sqlite3* connection, const std::string& text)
 {
     return sqlite3_exec(connection, text.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+// SQLite's own handler looks less and less often, and may miss for a long time the short moments in
+// which a busy writer lets others in.
+int waitForOthers(void*, int count)
+{
+    if (count >= Patience / Pause)
+        return 0;
+    std::this_thread::sleep_for(Pause);
+    return 1;
 }
 
 bool setNumber(sqlite3* connection, const std::string& pragma, std::int64_t number)
@@ -212,7 +228,7 @@ bool RegistryDatabase::openFile()
     if (sqlite3_open_v2(databaseFile().c_str(), &m_connection,
                         SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) != SQLITE_OK)
         return false;
-    sqlite3_busy_timeout(m_connection, BusyMilliseconds);
+    sqlite3_busy_handler(m_connection, waitForOthers, nullptr);
     sqlite3_db_config(m_connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(m_connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     // What was committed survives the process. A write-ahead log needs no more than that to stay
@@ -253,8 +269,8 @@ bool RegistryDatabase::fill(const std::string& path) const
     const bool isFilled =
         sqlite3_open_v2(path.c_str(), &connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX,
                         nullptr) == SQLITE_OK &&
-        execute(connection, "BEGIN") && execute(connection, Schema) &&
-        setNumber(connection, "application_id", ApplicationId) &&
+        setNumber(connection, "page_size", PageSize) && execute(connection, "BEGIN") &&
+        execute(connection, Schema) && setNumber(connection, "application_id", ApplicationId) &&
         setNumber(connection, "user_version", FormatVersion) && execute(connection, "COMMIT") &&
         (!m_place.hasWriteAheadLog || execute(connection, "PRAGMA journal_mode = WAL"));
     return sqlite3_close(connection) == SQLITE_OK && isFilled;
