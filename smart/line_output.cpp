@@ -7,6 +7,7 @@
 #include <locale>
 #include <sstream>
 #include <typeinfo>
+#include <utility>
 
 namespace Tools::Smart {
 
@@ -71,17 +72,45 @@ void PlainOutput::write(double value)
     m_size += static_cast<std::size_t>(end - digits);
 }
 
+// What the stream's write() and flush() do, when there is nothing for them to prepare.
 void PlainOutput::flush()
 {
-    finish();
-    m_stream.flush();
+    if (!m_stream.good() || m_stream.tie() != nullptr) {
+        finish();
+        m_stream.flush();
+        return;
+    }
+    bool isWritten = false;
+    try {
+        std::streambuf& buffer = *m_stream.rdbuf();
+        const auto size = static_cast<std::streamsize>(std::exchange(m_size, 0));
+        isWritten = buffer.sputn(m_buffer.get(), size) == size;
+        if (isWritten && buffer.pubsync() != -1)
+            return;
+    } catch (...) {
+        setBad();
+        if ((m_stream.exceptions() & ios_base::badbit) != ios_base::goodbit)
+            throw;
+    }
+    m_stream.setstate(ios_base::badbit);
+    if (!isWritten)
+        m_stream.flush();
+}
+
+// Leaves it to the caller to throw.
+void PlainOutput::setBad()
+{
+    try {
+        m_stream.setstate(ios_base::badbit);
+    } catch (const ios_base::failure&) {
+        return;
+    }
 }
 
 void PlainOutput::finish()
 {
     if (m_size > 0)
-        m_stream.write(m_buffer.get(), static_cast<std::streamsize>(m_size));
-    m_size = 0;
+        m_stream.write(m_buffer.get(), static_cast<std::streamsize>(std::exchange(m_size, 0)));
 }
 
 void PlainOutput::grow(std::size_t size)

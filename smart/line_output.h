@@ -56,6 +56,7 @@ private:
     static constexpr std::size_t MaxLength = 320 + MaxPrecision;
 
     void flush();
+    void setBad();
     void grow(std::size_t size);
     char* reserve(std::size_t size)
     {

@@ -148,8 +148,8 @@ struct SixDigits {
     int exponent;
 };
 
-// The value is positive and within the powers of ten; false if it lies too near to the middle
-// between two results.
+// Of a positive value. False beyond the table of powers, and if the value lies too near to the
+// middle between two results.
 bool toSixDigits(double value, SixDigits& result)
 {
     // The exponent of the value, or one too low.
@@ -157,6 +157,8 @@ bool toSixDigits(double value, SixDigits& result)
     std::memcpy(&bits, &value, sizeof bits);
     const int binary = static_cast<int>(bits >> 52) - 1023;
     int exponent = (binary * 1233 - (binary < 0 ? 4095 : 0)) / 4096;
+    if (exponent < -17 || exponent > 21)
+        return false;
     const auto scale = [&] {
         return exponent <= 5 ? value * PowersOfTen[5 - exponent]
                              : value / PowersOfTen[exponent - 5];
@@ -188,7 +190,7 @@ bool toSixDigits(double value, SixDigits& result)
 char* writeFixed(char* p, const SixDigits& number)
 {
     if (number.exponent < 0) {
-        std::memcpy(p, "0.000", 5);
+        std::copy_n("0.000", 5, p);
         p += 1 - number.exponent;
         return std::copy(number.digits, number.digits + number.count, p);
     }
@@ -227,7 +229,7 @@ char* writeSixDigits(char* p, double value)
         return p + 1;
     }
     SixDigits number;
-    if (value < 1e-16 || value >= 1e22 || !toSixDigits(value, number))
+    if (!toSixDigits(value, number))
         return nullptr;
     return number.exponent < -4 || number.exponent > 5 ? writeScientific(p, number)
                                                        : writeFixed(p, number);

@@ -182,7 +182,7 @@ Record& Record::erase(std::string_view name)
 
 std::string& Record::operator[](const Property<Text>& property)
 {
-    std::string& text = RecordData::provide<std::string>(*this, property.getName(), Type::Text);
+    auto& text = RecordData::provide<std::string>(*this, property.getName(), Type::Text);
     text.clear();
     return text;
 }

@@ -400,10 +400,10 @@ void RecordData::destroy(SequenceData* data) noexcept
 
 Record& SequenceData::at(std::size_t index) const
 {
-    // Block n begins at FirstRecords * (2^n - 1).
-    const auto block = static_cast<std::size_t>(std::bit_width(index / FirstRecords + 1)) - 1;
-    const std::size_t first = FirstRecords * ((std::size_t{1} << block) - 1);
-    return m_blocks[block][index - first];
+    // Block n holds FirstRecords * 2^n records, so it begins FirstRecords before that number.
+    const std::size_t size = std::bit_floor(index + FirstRecords);
+    const auto block = static_cast<std::size_t>(std::countr_zero(size / FirstRecords));
+    return m_blocks[block][index + FirstRecords - size];
 }
 
 Record& SequenceData::append()

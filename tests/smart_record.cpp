@@ -814,6 +814,67 @@ TEST(SmartRecord, flushesEachLine)
     EXPECT_TRUE(none.bad());
 }
 
+// Fails, in one way or another, from its n-th line on.
+class Failing : public std::stringbuf {
+public:
+    enum Way { Short, Throws, SyncFails, SyncThrows };
+    Failing(Way way, int line) : m_way(way), m_line(line) {}
+
+protected:
+    std::streamsize xsputn(const char* text, std::streamsize size) override
+    {
+        if (m_line > 0 || m_way > Throws)
+            return std::stringbuf::xsputn(text, size);
+        return m_way == Short ? 0 : throw std::domain_error("full");
+    }
+    int_type overflow(int_type c) override
+    {
+        if (m_line > 0 || m_way > Throws)
+            return std::stringbuf::overflow(c);
+        return m_way == Short ? traits_type::eof() : throw std::domain_error("full");
+    }
+    int sync() override
+    {
+        if (--m_line > 0 || m_way < SyncFails)
+            return 0;
+        return m_way == SyncFails ? -1 : throw std::domain_error("full");
+    }
+
+private:
+    Way m_way;
+    int m_line;
+};
+
+// As if each piece went through the stream's own operators.
+TEST(SmartRecord, failsAsTheStreamDoes)
+{
+    const Record record = parsed("(a = \"x\" b = \"y\")");
+    const auto outcome = [&record](Failing::Way way, int line, bool throws, bool isPlain) {
+        Failing buffer(way, line);
+        std::ostream stream(&buffer);
+        if (!isPlain)
+            stream << std::showpos;
+        if (throws)
+            stream.exceptions(std::ios_base::badbit);
+        std::string text;
+        try {
+            record.writeTo(stream, 0, "");
+        } catch (const std::domain_error&) {
+            text = "domain_error ";
+        } catch (const std::ios_base::failure&) {
+            text = "failure ";
+        }
+        return text + std::to_string(stream.rdstate()) + " " + buffer.str();
+    };
+    for (const Failing::Way way :
+         {Failing::Short, Failing::Throws, Failing::SyncFails, Failing::SyncThrows})
+        for (const int line : {1, 3, 4, 5})
+            for (const bool throws : {false, true}) {
+                SCOPED_TRACE(std::to_string(way) + " " + std::to_string(line));
+                EXPECT_EQ(outcome(way, line, throws, true), outcome(way, line, throws, false));
+            }
+}
+
 // As long as a call for each level would end the stack.
 TEST(SmartRecord, survivesAnyDepth)
 {
