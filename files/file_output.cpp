@@ -55,12 +55,21 @@ void FileOutput::State::end()
     line.clear();
 }
 
+namespace {
+
+std::string_view orEmpty(const char* text)
+{
+    return text != nullptr ? text : "";
+}
+
+}
+
 FileOutput::FileOutput(const std::string& path) : m_state(std::make_unique<State>())
 {
     m_state->file.open(path, Platform::AppendFile::Content::Discard);
 }
 
-FileOutput::FileOutput(const char* path) : FileOutput(std::string(path != nullptr ? path : "")) {}
+FileOutput::FileOutput(const char* path) : FileOutput(std::string(orEmpty(path))) {}
 
 FileOutput::FileOutput() = default;
 FileOutput::FileOutput(FileOutput&&) noexcept = default;
@@ -72,26 +81,26 @@ unsigned int FileOutput::setPrecision(unsigned int digits)
     return m_state != nullptr ? std::exchange(m_state->precision, digits) : 0;
 }
 
-void FileOutput::startItem(const char* label)
+void FileOutput::startItem(std::string_view label)
 {
-    m_state->line.append(label != nullptr ? label : "").append(" = ");
+    m_state->line.append(label).append(" = ");
 }
 
 void FileOutput::write(const std::string& label, const std::string& text)
 {
-    write(label.c_str(), text.c_str());
+    if (m_state == nullptr)
+        return;
+    startItem(label);
+    m_state->line.append("\"").append(text).append("\" ");
 }
 
 void FileOutput::write(const char* label, const char* text)
 {
-    if (m_state == nullptr)
-        return;
-    startItem(label);
-    m_state->line.append("\"").append(text != nullptr ? text : "").append("\" ");
+    write(std::string(orEmpty(label)), std::string(orEmpty(text)));
 }
 
 template <class Number>
-void FileOutput::writeList(const char* label, const Number* values, std::size_t count)
+void FileOutput::writeList(std::string_view label, const Number* values, std::size_t count)
 {
     if (m_state == nullptr)
         return;
@@ -106,62 +115,62 @@ void FileOutput::writeList(const char* label, const Number* values, std::size_t 
 
 void FileOutput::write(const std::string& label, int value)
 {
-    writeList(label.c_str(), &value, 1);
+    writeList(label, &value, 1);
 }
 
 void FileOutput::write(const char* label, int value)
 {
-    writeList(label, &value, 1);
+    writeList(orEmpty(label), &value, 1);
 }
 
 void FileOutput::write(const std::string& label, const int* values, std::size_t count)
 {
-    writeList(label.c_str(), values, count);
+    writeList(label, values, count);
 }
 
 void FileOutput::write(const char* label, const int* values, std::size_t count)
 {
-    writeList(label, values, count);
+    writeList(orEmpty(label), values, count);
 }
 
 void FileOutput::write(const std::string& label, std::size_t value)
 {
-    writeList(label.c_str(), &value, 1);
+    writeList(label, &value, 1);
 }
 
 void FileOutput::write(const char* label, std::size_t value)
 {
-    writeList(label, &value, 1);
+    writeList(orEmpty(label), &value, 1);
 }
 
 void FileOutput::write(const std::string& label, const std::size_t* values, std::size_t count)
 {
-    writeList(label.c_str(), values, count);
+    writeList(label, values, count);
 }
 
 void FileOutput::write(const char* label, const std::size_t* values, std::size_t count)
 {
-    writeList(label, values, count);
+    writeList(orEmpty(label), values, count);
 }
 
 void FileOutput::write(const std::string& label, double value)
 {
-    writeList(label.c_str(), &value, 1);
+    writeList(label, &value, 1);
 }
 
 void FileOutput::write(const char* label, double value)
 {
-    writeList(label, &value, 1);
+    writeList(orEmpty(label), &value, 1);
 }
 
 void FileOutput::write(const std::string& label, const double* values, std::size_t count)
 {
-    writeList(label.c_str(), values, count);
+    writeList(label, values, count);
 }
 
 void FileOutput::write(const char* label, const double* values, std::size_t count)
 {
-    writeList(label, values, count);
+    writeList(orEmpty(label), values, count);
 }
 
 void FileOutput::writeLine()

@@ -35,7 +35,7 @@ TEST(FileOutput, lines)
     const double reals[] = {1.5, -0.0, 1e-300};
     struct Case {
         std::function<void(FileOutput&)> write;
-        const char* expected;
+        std::string expected;
     };
     const Case cases[] = {
         {[](FileOutput& o) { o.writeLine(); }, ""},
@@ -65,6 +65,10 @@ TEST(FileOutput, lines)
          },
          "x = 1.500e+00,-0.000e+00,1.000e-300 \ny = 1e+01 \n"},
         {[](FileOutput& o) { o.write("lost", 1); }, ""},
+        {[](FileOutput& o) {
+             o.write(std::string("a\0b", 3), std::string("\0", 1)), o.writeLine();
+         },
+         std::string("a\0b = \"\0\" \n", 11)},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.expected);

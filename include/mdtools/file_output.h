@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace Tools {
 
@@ -58,9 +59,9 @@ public:
 private:
     struct State;
 
-    void startItem(const char* label);
+    void startItem(std::string_view label);
     template <class Number>
-    void writeList(const char* label, const Number* values, std::size_t count);
+    void writeList(std::string_view label, const Number* values, std::size_t count);
 
     std::unique_ptr<State> m_state;
 };
