@@ -134,8 +134,13 @@ std::string InvokeMdPrint::State::composeFiles() const
     for (const Kind& kind : kinds) {
         const std::string element = kind.element;
         for (const std::string& path : kind.paths)
-            text += "  <" + element + ">\n   <Dateiname>" + escaped(path) + "</Dateiname>\n  </" +
-                    element + ">\n";
+            text.append("  <")
+                .append(element)
+                .append(">\n   <Dateiname>")
+                .append(escaped(path))
+                .append("</Dateiname>\n  </")
+                .append(element)
+                .append(">\n");
     }
     return text + " </Eingabedateien>\n";
 }
@@ -163,8 +168,11 @@ std::string InvokeMdPrint::State::composePlaceholders() const
     std::string text = " <PlatzhalterListe>\n";
     for (const auto& [name, content] : placeholders) {
         if (!name.empty() && !content.empty())
-            text += "  <Platzhalter>\n   <Name>" + escaped(name) + "</Name>\n   <Inhalt>" +
-                    escaped(content) + "</Inhalt>\n  </Platzhalter>\n";
+            text.append("  <Platzhalter>\n   <Name>")
+                .append(escaped(name))
+                .append("</Name>\n   <Inhalt>")
+                .append(escaped(content))
+                .append("</Inhalt>\n  </Platzhalter>\n");
     }
     return text + " </PlatzhalterListe>\n";
 }
