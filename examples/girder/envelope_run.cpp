@@ -74,7 +74,7 @@ public:
             return false;
         m_task->isComplete = computeEnvelope(m_task->solver, false, m_task->cancel,
                                              m_task->messenger, m_task->envelope);
-        // The message wakes up the thread that waits, which may leave at once.
+        // The thread that waits leaves as soon as it has handled this last message.
         m_task->isFinished = true;
         m_task->messenger.reset();
         return false;
@@ -116,11 +116,15 @@ RunEnd computeEnvelopeInBackground(const EnvelopeSolver& solver, Tools::CancelHa
                                    Tools::ProgressHandler* display, Envelope& envelope)
 {
     std::shared_ptr<Task> task;
-    Tools::MessageWindow window([&](unsigned int) { task->messenger.update(display); });
+    bool isFinished = false;
+    Tools::MessageWindow window([&](unsigned int) {
+        task->messenger.update(display);
+        isFinished = task->isFinished;
+    });
     task = std::make_shared<Task>(solver, cancel, window.handle());
     (new BackgroundRun(task))->start();
     const auto start = std::chrono::steady_clock::now();
-    while (!task->isFinished) {
+    while (!isFinished) {
         window.waitMessages(PollMilliseconds);
         const bool isLate = std::chrono::steady_clock::now() - start > StartTime;
         if (isLate && !task->isTaken.exchange(true))
