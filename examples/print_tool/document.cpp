@@ -2,8 +2,8 @@
 
 #include <hpdf.h>
 
+#include <algorithm>
 #include <stdexcept>
-#include <vector>
 
 namespace PrintTool {
 
@@ -57,10 +57,14 @@ struct Document::State {
     // Moves down by `height`, onto a new page where this one is full.
     void advance(Document& owner, float height)
     {
-        if (pages.empty() || position - height < Margin + FooterHeight)
+        if (pages.empty() || !hasRoom(height))
             owner.startPage();
         position -= height;
     }
+
+    float pageRoom() const { return HPDF_Page_GetHeight(pages.back()) - 2 * Margin - FooterHeight; }
+
+    bool hasRoom(float height) const { return position - height >= Margin + FooterHeight; }
 };
 
 Document::Document() : m_state(std::make_unique<State>())
@@ -96,15 +100,6 @@ void Document::addHeading(const std::string& text)
 
 void Document::addLine(const std::string& line)
 {
-    const std::size_t feed = line.find('\f');
-    if (feed != std::string::npos) {
-        if (feed > 0)
-            addLine(line.substr(0, feed));
-        startPage();
-        if (feed + 1 < line.size())
-            addLine(line.substr(feed + 1));
-        return;
-    }
     const std::string text = expandTabs(line);
     std::size_t start = 0;
     do {
@@ -113,6 +108,18 @@ void Document::addLine(const std::string& line)
                      text.substr(start, Columns));
         start += Columns;
     } while (start < text.size());
+}
+
+void Document::addBlock(const std::vector<std::string>& lines)
+{
+    float height = 0;
+    for (const std::string& line : lines)
+        height += LineHeight * static_cast<float>(std::max<std::size_t>(
+                                   (expandTabs(line).size() + Columns - 1) / Columns, 1));
+    if (!m_state->pages.empty() && !m_state->hasRoom(height) && height <= m_state->pageRoom())
+        startPage();
+    for (const std::string& line : lines)
+        addLine(line);
 }
 
 void Document::save(const std::string& file)

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace PrintTool {
 
@@ -14,9 +15,12 @@ public:
     Document(const Document&) = delete;
     Document& operator=(const Document&) = delete;
 
-    // A line in bytes of code page 1252. One that is too long goes on in the next line; a form feed
-    // begins a new page; a full page begins the next.
+    // A line in bytes of code page 1252. One that is too long goes on in the next line; a full page
+    // begins the next.
     void addLine(const std::string& line);
+    // Lines that stay together, on a page of their own if need be. Those that are more than a page
+    // holds run over its end.
+    void addBlock(const std::vector<std::string>& lines);
     void addHeading(const std::string& text);
     void startPage();
 

@@ -10,6 +10,7 @@
 #include <iostream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -37,11 +38,36 @@ void printFile(Document& document, const std::string& name, bool oem)
     std::ifstream stream(name, std::ios::binary);
     if (!stream)
         throw std::runtime_error(name + ": cannot be read");
+    // Tables stay whole: what stands between empty lines or form feeds is a block.
+    std::vector<std::string> block;
+    const auto endBlock = [&] {
+        document.addBlock(block);
+        block.clear();
+    };
     for (std::string line; std::getline(stream, line);) {
         for (char& c : line)
             c = oem ? fromOem(c) : c;
-        document.addLine(line);
+        if (line.empty() || line == "\r")
+            endBlock();
+        for (std::size_t feed; (feed = line.find('\f')) != std::string::npos;) {
+            if (feed > 0)
+                block.push_back(line.substr(0, feed));
+            endBlock();
+            document.startPage();
+            line.erase(0, feed + 1);
+        }
+        block.push_back(line);
     }
+    endBlock();
+}
+
+std::string headingOf(const Job& job)
+{
+    for (const auto& [name, content] : job.placeholders) {
+        if (name == "Project name")
+            return content;
+    }
+    return "Listing";
 }
 
 void print(const std::string& parameterFile)
@@ -49,11 +75,9 @@ void print(const std::string& parameterFile)
     const Job job = readJob(parameterFile);
     Document document;
     document.startPage();
-    for (const auto& [name, content] : job.placeholders) {
-        if (&name == &job.placeholders.front().first)
-            document.addHeading(content);
+    document.addHeading(headingOf(job));
+    for (const auto& [name, content] : job.placeholders)
         document.addLine(std::string(name).append(": ").append(content));
-    }
     document.addLine("");
     for (const std::string& file : job.files)
         printFile(document, file, job.oemFiles);
