@@ -3,9 +3,9 @@
 #include <mdtools/directory.h>
 #include <mdtools/environment.h>
 #include <mdtools/file.h>
-#include <mdtools/registry.h>
 
 #include "support/files.h"
+#include "support/shared_value.h"
 #include "support/test_environment.h"
 
 #include <gtest/gtest.h>
@@ -16,28 +16,8 @@
 namespace {
 
 using namespace Tools;
+using MdToolsTest::SharedValue;
 using MdToolsTest::workPath;
-
-// A value of the settings that belong to all programs; what was there before comes back.
-class SharedValue {
-public:
-    SharedValue(Registry::Hive hive, const char* path, const char* name)
-        : m_key(Registry::find(hive, path, true)), m_before(m_key[name])
-    {}
-    SharedValue(const SharedValue&) = delete;
-    SharedValue& operator=(const SharedValue&) = delete;
-    ~SharedValue() { m_key.add(m_before); }
-
-    void set(RegistryValue::Type type, const std::string& text)
-    {
-        RegistryValue value;
-        m_key.add(value.setName(m_before.name()).setType(type).setData(text));
-    }
-
-private:
-    RegistryKey m_key;
-    RegistryValue m_before;
-};
 
 const char Install[] = "SOFTWARE\\MERODA\\Install";
 

@@ -6,6 +6,19 @@
 
 namespace Girder {
 
+namespace {
+
+bool write(const std::string& file, const char* mode, const std::string& text)
+{
+    std::FILE* stream = Tools::File::open(file, mode);
+    if (stream == nullptr)
+        return false;
+    const bool isWhole = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+    return Tools::File::close(stream) == 0 && isWhole;
+}
+
+}
+
 bool readFile(const std::string& file, std::string& text)
 {
     std::FILE* stream = Tools::File::open(file, "rb");
@@ -23,11 +36,12 @@ bool readFile(const std::string& file, std::string& text)
 
 bool writeFile(const std::string& file, const std::string& text)
 {
-    std::FILE* stream = Tools::File::open(file, "wb");
-    if (stream == nullptr)
-        return false;
-    const bool isWhole = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
-    return Tools::File::close(stream) == 0 && isWhole;
+    return write(file, "wb", text);
+}
+
+bool writeTextFile(const std::string& file, const std::string& text)
+{
+    return write(file, "w", text);
 }
 
 }

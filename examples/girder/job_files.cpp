@@ -63,15 +63,25 @@ std::string absolutePath(const std::string& file)
     return isAbsolute ? file : joinPath(Directory::getCurrent(), file);
 }
 
+std::string directoryOf(const std::string& file)
+{
+    const std::string path = absolutePath(file);
+    return path.substr(0, path.size() - nameOf(path).size());
+}
+
+std::string fileFor(const std::string& model, const std::string& directory,
+                    const std::string& extension)
+{
+    const std::string file = withExtension(model, extension);
+    return directory.empty() ? file : joinPath(directory, nameOf(file));
+}
+
 JobFiles::JobFiles(const std::string& modelFile, const std::string& resultFile,
                    const std::string& directory, const std::string& extension)
     : model(modelFile), results(resultFile)
 {
-    if (results.empty()) {
-        results = withExtension(model, extension);
-        if (!directory.empty())
-            results = joinPath(directory, nameOf(results));
-    }
+    if (results.empty())
+        results = fileFor(model, directory, extension);
     text = withExtension(results, "txt");
 }
 

@@ -12,6 +12,14 @@ std::string workDirectory(const std::string& configured);
 // `name` in `directory`, with that directory's kind of slash; the name alone if that is empty.
 std::string joinPath(const std::string& directory, const std::string& name);
 
+// The directory that `file` stands in, as it holds in every directory.
+std::string directoryOf(const std::string& file);
+
+// A file of the program for this model: named like it, in `directory`, or beside the model if that
+// is empty. Never the model itself.
+std::string fileFor(const std::string& model, const std::string& directory,
+                    const std::string& extension);
+
 // A relative path as one that holds in every directory.
 std::string absolutePath(const std::string& file);
 

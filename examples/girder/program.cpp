@@ -4,21 +4,27 @@
 #include "edit_session.h"
 #include "envelope_output.h"
 #include "envelope_run.h"
+#include "file_text.h"
 #include "interruption.h"
 #include "job_files.h"
 #include "labelled_file.h"
 #include "listing.h"
 #include "log.h"
+#include "mail.h"
 #include "model_file.h"
+#include "moment_drawing.h"
+#include "paper.h"
 #include "progress_bar.h"
 #include "result_file.h"
 #include "settings.h"
 #include "trace.h"
 
 #include <mdtools/debug_output.h>
+#include <mdtools/strings.h>
 #include <mdtools/version_info.h>
 
 #include <exception>
+#include <sstream>
 #include <utility>
 
 namespace Girder {
@@ -33,6 +39,9 @@ constexpr const char* Usage =
     "       girder envelope MODEL [--positions N] [--result FILE]\n"
     "                                                        move the train over it\n"
     "       girder edit MODEL                                edit it by commands from the input\n"
+    "       girder print MODEL                               listing and moment line to the "
+    "printer\n"
+    "       girder mail MODEL [--to RECEIVER,...]            the same by mail\n"
     "       girder settings                                  show the settings\n"
     "       girder set NAME VALUE                            change a setting\n"
     "       girder --version | --help\n"
@@ -41,6 +50,17 @@ constexpr const char* Usage =
 std::vector<std::string> withoutFirst(const std::vector<std::string>& arguments)
 {
     return {arguments.begin() + 1, arguments.end()};
+}
+
+Tools::VersionInfo ownVersion()
+{
+    return {Tools::ModuleHandle{}, "040704b0,040704e4"};
+}
+
+std::string ownName()
+{
+    const Tools::VersionInfo info = ownVersion();
+    return info.getProductName() + ' ' + info.getVersion();
 }
 
 class Program {
@@ -64,8 +84,11 @@ private:
     Outcome compute(const CommandLine& arguments);
     Outcome edit(const CommandLine& arguments);
     Outcome envelope(const CommandLine& arguments);
+    Outcome printOut(const CommandLine& arguments);
+    Outcome mail(const CommandLine& arguments);
     Outcome runTrain(const Model& model, int positions, const JobFiles& files);
     std::string modelOf(const CommandLine& arguments);
+    std::string writeListing(const std::string& file, Model& model);
     int stationsOf(const Model& model) const;
     bool load(const std::string& file, Model& model);
     bool computeInto(const Model& model, const std::string& file, Results& results);
@@ -98,6 +121,10 @@ Outcome Program::run(const std::vector<std::string>& arguments)
     }
     if (command == "edit")
         return edit(CommandLine(withoutFirst(arguments), {}));
+    if (command == "print")
+        return printOut(CommandLine(withoutFirst(arguments), {}));
+    if (command == "mail")
+        return mail(CommandLine(withoutFirst(arguments), {"--to"}));
     if (command == "envelope")
         return envelope(CommandLine(withoutFirst(arguments), {"--positions", "--result"}));
     return compute(CommandLine(arguments, {"--result", "--archive"}));
@@ -118,9 +145,7 @@ Outcome Program::fail(const std::string& file, const std::string& text)
 
 Outcome Program::showVersion()
 {
-    const Tools::VersionInfo info(Tools::ModuleHandle{}, "040704b0,040704e4");
-    m_out << info.getProductName() << ' ' << info.getVersion() << '\n'
-          << info.getLegalCopyright() << '\n';
+    m_out << ownName() << '\n' << ownVersion().getLegalCopyright() << '\n';
     return Outcome::Done;
 }
 
@@ -205,6 +230,73 @@ Outcome Program::envelope(const CommandLine& arguments)
     if (model.train.empty())
         return fail(file, "train: is missing, there is nothing to move over the girder");
     return runTrain(model, positions, files);
+}
+
+// The file of the listing with the moment line, or empty after a message.
+std::string Program::writeListing(const std::string& file, Model& model)
+{
+    Results results;
+    if (!load(file, model) || !computeInto(model, file, results))
+        return "";
+    const std::string listing = absolutePath(fileFor(file, m_directory, "listing"));
+    std::ostringstream text;
+    printListing(results, m_settings.numberFormat(), text);
+    text << '\f'; // the drawing stays whole, on a page of its own
+    drawMoments(model, m_settings.numberFormat(), text);
+    if (!writeTextFile(listing, text.str())) {
+        fail(listing, "cannot be written");
+        return "";
+    }
+    // What the other program shows comes behind it.
+    m_out << "Listing: " << listing << std::endl;
+    return listing;
+}
+
+Outcome Program::printOut(const CommandLine& arguments)
+{
+    const std::string file = modelOf(arguments);
+    if (file.empty())
+        return Outcome::WrongUsage;
+    Model model;
+    PrintJob job;
+    job.listing = writeListing(file, model);
+    if (job.listing.empty())
+        return Outcome::Failed;
+    job.parameterFile = absolutePath(fileFor(file, m_directory, "xml"));
+    job.title = model.title;
+    job.description = "Continuous girder, spans: " + std::to_string(model.spans.size());
+    job.projectDirectory = directoryOf(file);
+    job.program = ownName();
+    if (const std::string problem = print(job); !problem.empty())
+        return fail(job.parameterFile, problem);
+    m_out << "Print job: " << job.parameterFile << '\n';
+    Log::write(file + ": print job in " + job.parameterFile);
+    return Outcome::Done;
+}
+
+Outcome Program::mail(const CommandLine& arguments)
+{
+    const std::string file = modelOf(arguments);
+    if (file.empty())
+        return Outcome::WrongUsage;
+    const std::string to = arguments.option("--to");
+    Model model;
+    Mail message;
+    message.receivers = to.empty() ? m_settings.mailReceivers() : Tools::tokenize(to, ", ");
+    if (message.receivers.empty())
+        return wrongUsage("a receiver is missing");
+    message.sender = m_settings.mailSender();
+    message.host = m_settings.mailHost();
+    message.textFile = writeListing(file, model);
+    if (message.textFile.empty())
+        return Outcome::Failed;
+    message.subject = toSubject(model.title);
+    if (const std::string problem = send(message); !problem.empty())
+        return fail(file, problem);
+    for (const std::string& receiver : message.receivers)
+        m_out << "Sent to: " << receiver << '\n';
+    Log::write(file + ": sent by mail");
+    return Outcome::Done;
 }
 
 Outcome Program::runTrain(const Model& model, int positions, const JobFiles& files)

@@ -5,6 +5,7 @@
 #include "value_limits.h"
 
 #include <mdtools/application_registry.h>
+#include <mdtools/folders.h>
 #include <mdtools/strings.h>
 
 #include <algorithm>
@@ -16,6 +17,9 @@ namespace {
 
 constexpr const char* LastModel = "LastModel";
 constexpr const char* Directory = "Directory";
+constexpr const char* MailHost = "MailHost";
+constexpr const char* MailReceivers = "MailReceivers";
+constexpr const char* MailSender = "MailSender";
 constexpr const char* Style = "NumberStyle";
 constexpr const char* Trace = "Trace";
 constexpr const char* DebugLabels = "DebugLabels";
@@ -147,6 +151,14 @@ std::string writeTrace(const std::string& text)
     return "";
 }
 
+std::string joined(const std::vector<std::string>& texts)
+{
+    std::string result;
+    for (const std::string& text : texts)
+        result += (result.empty() ? "" : ",") + text;
+    return result;
+}
+
 }
 
 Settings::Settings()
@@ -179,6 +191,23 @@ void Settings::setLastModel(const std::string& file)
     registrar().writeString(LastModel, file);
 }
 
+std::string Settings::mailHost() const
+{
+    return registrar().readString(MailHost).getValue();
+}
+
+std::string Settings::mailSender() const
+{
+    const std::string sender = registrar().readString(MailSender).getValue();
+    return sender.empty() ? Tools::getUserName() : sender;
+}
+
+std::vector<std::string> Settings::mailReceivers() const
+{
+    const std::string receivers = registrar().readString(MailReceivers).getValue();
+    return Tools::tokenize(receivers.empty() ? Tools::getUserName() : receivers, ", ");
+}
+
 std::vector<std::string> Settings::list() const
 {
     const auto line = [](const std::string& name, const std::string& value) {
@@ -187,6 +216,9 @@ std::vector<std::string> Settings::list() const
     return {line(Decimals.name, std::to_string(read(Decimals))),
             line(Directory, directory()),
             line(LastModel, lastModel()),
+            line(MailHost, mailHost()),
+            line(MailReceivers, joined(mailReceivers())),
+            line(MailSender, mailSender()),
             line(Style, nameOf(readStyle())),
             line(Stations.name, std::to_string(stationsPerSpan())),
             line(Trace, isTracing() ? "on" : "off")};
@@ -205,6 +237,10 @@ std::string Settings::set(const std::string& name, const std::string& value)
     for (const char* text : {LastModel, Directory}) {
         if (Tools::Strieq(name, text))
             return writeText(text, value.empty() ? "" : absolutePath(value));
+    }
+    for (const char* text : {MailHost, MailReceivers, MailSender}) {
+        if (Tools::Strieq(name, text))
+            return writeText(text, value);
     }
     return "there is no setting \"" + name + "\"";
 }

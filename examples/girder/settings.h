@@ -21,6 +21,12 @@ public:
     std::string lastModel() const;
     void setLastModel(const std::string& file);
 
+    // What mails are sent with; the host is empty where the library's own one is to be taken.
+    // Sender and receivers are the user of this machine if nothing is stored.
+    std::string mailHost() const;
+    std::string mailSender() const;
+    std::vector<std::string> mailReceivers() const;
+
     // For the command line: "name = value" for every setting.
     std::vector<std::string> list() const;
     // An empty text if the setting was stored, else what is wrong with name or value. Names and

@@ -3,6 +3,7 @@
 // obeys:
 //   --exit=CODE  --sleep=MILLISECONDS  --stdin (record what can be read)  --variable=NAME
 //   --silent (no record)
+// The variable MDTOOLS_EXIT is an exit code, too, for programs that set the arguments themselves.
 
 #include <chrono>
 #include <cstdlib>
@@ -34,7 +35,7 @@ const char* variable(const std::string& name)
 
 int main(int argc, char** argv)
 {
-    int exitCode = 0;
+    int exitCode = std::atoi(variable("MDTOOLS_EXIT"));
     std::string file = variable("MDTOOLS_RECORD");
     std::string record = "directory: " + std::filesystem::current_path().filename().string() + "\n";
     for (int i = 1; i < argc; ++i) {
