@@ -6,28 +6,6 @@
 
 namespace Tools {
 
-Command* CommandListState::stepBack()
-{
-    while (undoPosition >= 0) {
-        redoPosition = undoPosition--;
-        Command* const command = at(redoPosition);
-        if (command == nullptr || command->isReversible())
-            return command;
-    }
-    return nullptr;
-}
-
-Command* CommandListState::stepForward()
-{
-    while (redoPosition < size()) {
-        undoPosition = redoPosition++;
-        Command* const command = at(undoPosition);
-        if (command == nullptr || command->isReversible())
-            return command;
-    }
-    return nullptr;
-}
-
 void CommandListState::clear()
 {
     destroy(release());

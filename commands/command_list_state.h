@@ -52,8 +52,27 @@ public:
     Command* at(int index) const { return commands[static_cast<std::size_t>(index)]; }
 
     // Move the place as undo and redo do; give the command to run, or null.
-    Command* stepBack();
-    Command* stepForward();
+    Command* stepBack()
+    {
+        while (undoPosition >= 0) {
+            redoPosition = undoPosition--;
+            Command* const command = at(redoPosition);
+            if (command == nullptr || command->m_reversible)
+                return command;
+        }
+        return nullptr;
+    }
+
+    Command* stepForward()
+    {
+        while (redoPosition < size()) {
+            undoPosition = redoPosition++;
+            Command* const command = at(undoPosition);
+            if (command == nullptr || command->m_reversible)
+                return command;
+        }
+        return nullptr;
+    }
 
     // Take all commands out and delete them.
     void clear();

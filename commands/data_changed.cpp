@@ -1,7 +1,6 @@
 #include <mdtools/data_changed.h>
 
 #include <algorithm>
-#include <utility>
 
 namespace Tools {
 
@@ -14,20 +13,6 @@ DataChangedHandler::DataChangedHandler() = default;
 DataChangedHandler::DataChangedHandler(const DataChangedHandler&) = default;
 DataChangedHandler& DataChangedHandler::operator=(const DataChangedHandler&) = default;
 DataChangedHandler::~DataChangedHandler() = default;
-
-DataChangedFunction::DataChangedFunction(std::function<void(const DataChangedArgument*)> function)
-    : m_function(std::move(function))
-{}
-
-DataChangedFunction::DataChangedFunction(const DataChangedFunction&) = default;
-DataChangedFunction& DataChangedFunction::operator=(const DataChangedFunction&) = default;
-DataChangedFunction::~DataChangedFunction() = default;
-
-void DataChangedFunction::dataChanged(const DataChangedArgument* argument)
-{
-    if (m_function)
-        m_function(argument);
-}
 
 DataChangedManager::DataChangedManager() = default;
 DataChangedManager::DataChangedManager(const DataChangedManager&) = default;
