@@ -14,8 +14,18 @@ Command::Command(const std::string& description, bool reversible)
 
 Command::Command() = default;
 Command::Command(bool reversible) : m_reversible(reversible) {}
-Command::Command(const Command&) = default;
-Command& Command::operator=(const Command&) = default;
+
+Command::Command(const Command& other)
+    : m_reversible(other.m_reversible), m_description(other.m_description)
+{}
+
+Command& Command::operator=(const Command& other)
+{
+    m_reversible = other.m_reversible;
+    m_description = other.m_description;
+    return *this;
+}
+
 Command::~Command() = default;
 
 const std::string& Command::getDescription() const
@@ -71,14 +81,19 @@ void FunctionCommand::addSetter(std::function<void()> doFunction,
 
 void FunctionCommand::activate()
 {
-    for (const auto& setter : m_setters)
-        setter.first();
+    callAll(&Setter::first);
 }
 
 void FunctionCommand::reverse()
 {
-    for (const auto& setter : m_setters)
-        setter.second();
+    callAll(&Setter::second);
+}
+
+void FunctionCommand::callAll(std::function<void()> Setter::*function)
+{
+    auto setter = m_setters.begin();
+    for (std::size_t left = m_setters.size(); left > 0; --left, ++setter)
+        (*setter.*function)();
 }
 
 GroupCommand::GroupCommand() : Command(true), m_commands(std::make_unique<CommandList>())

@@ -23,7 +23,8 @@ void CommandList::add(std::unique_ptr<Command> command)
     const std::vector<Command*> undone(kept, commands.end());
     commands.erase(kept, commands.end());
     commands.push_back(command.get());
-    static_cast<void>(command.release());
+    if (Command* const added = command.release())
+        ++added->m_entries;
     m_state->undoPosition = m_state->size() - 1;
     m_state->redoPosition = m_state->size();
     m_state->destroy(undone);

@@ -53,7 +53,9 @@ void CommandListState::destroyNow(std::vector<Command*> all)
     while (!all.empty()) {
         Command* const command = all.back();
         all.pop_back();
-        if (command != nullptr && command->m_mayBeGroup) {
+        if (command == nullptr || --command->m_entries > 0)
+            continue;
+        if (command->m_mayBeGroup) {
             if (const auto* group = dynamic_cast<GroupCommand*>(command)) {
                 CommandListState& state = *group->m_commands->m_state;
                 if (state.m_runs == 0) {

@@ -146,6 +146,20 @@ TEST_F(Commands, ownershipOnEveryPath)
     }
     EXPECT_EQ(takeLog().size(), 4U); // both, the undone one too
 
+    {
+        // One that was carried out twice, cut off once; a copy of it counts for itself.
+        CommandList list;
+        Edit* const twice = newEdit("A");
+        list.add(twice);
+        list.add(new Edit(*twice));
+        list.add(twice);
+        list.undo();
+        list.add(newEdit("B"));
+        EXPECT_EQ(takeLog(), "-A");
+        list.add(twice);
+    }
+    EXPECT_EQ(takeLog(), "~B~A~A");
+
     Edit kept("kept");
     kept.enableUndoRedo(nullptr);
     EXPECT_EQ(takeLog(), "");
@@ -218,6 +232,18 @@ TEST_F(Commands, functionPairs)
     command.activate();
     EXPECT_THROW(command.reverse(), std::bad_function_call);
     EXPECT_EQ(takeLog(), "xyzXY");
+    // A function that is moved while it runs would lose its name.
+    FunctionCommand growing;
+    const auto grow = [&growing, name = std::string(50, 'g')] {
+        for (int i = 0; i < 100; ++i)
+            growing.addSetter([] { log += "n"; }, nullptr);
+        log += name[0];
+    };
+    growing.addSetter(grow, [] {});
+    growing.activate();
+    EXPECT_EQ(takeLog(), "g");
+    growing.activate();
+    EXPECT_EQ(takeLog(), "g" + std::string(100, 'n'));
     FunctionCommand empty;
     empty.activate();
     empty.reverse();

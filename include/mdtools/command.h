@@ -3,10 +3,10 @@
 #include <mdtools/export.h>
 
 #include <functional>
+#include <list>
 #include <memory>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace Tools {
 
@@ -44,12 +44,15 @@ protected:
     Command& operator=(const Command&);
 
 private:
+    friend class CommandList;
     friend class CommandListState;
     friend class GroupCommand;
 
     bool m_reversible = false;
-    // Whether to look if this is a group; copies of a group's base say so, too.
+    // Both belong to the object and are not copied: whether to look if this is a group, and in how
+    // many entries of lists it stands.
     bool m_mayBeGroup = false;
+    int m_entries = 0;
     std::string m_description;
 };
 
@@ -78,12 +81,18 @@ public:
 
     // Both call their functions from the first pair to the last. The undo functions do not run
     // backwards: each restores one property, whatever the others do. An empty function throws
-    // std::bad_function_call; the pairs before it have run.
+    // std::bad_function_call; the pairs before it have run. A pair that a function adds meanwhile
+    // waits for the next call.
     void activate() override;
     void reverse() override;
 
 private:
-    std::vector<std::pair<std::function<void()>, std::function<void()>>> m_setters;
+    using Setter = std::pair<std::function<void()>, std::function<void()>>;
+
+    void callAll(std::function<void()> Setter::*function);
+
+    // A function stays where it is while it runs, even if it adds another pair.
+    std::list<Setter> m_setters;
 };
 
 // A reversible command made of other commands, done and undone as one. Add those that were carried

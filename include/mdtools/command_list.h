@@ -28,7 +28,8 @@ public:
 
     // Records a command that was carried out already, and takes it over. What could have been
     // redone is deleted. Then the handlers are told, without an argument. A null entry is kept;
-    // undo and redo end there.
+    // undo and redo end there. A command that is recorded again stands there twice; it is deleted
+    // once, with its last entry.
     void add(Command* command);
     void add(std::unique_ptr<Command> command);
     // The same for a group that has commands; an empty one is deleted. Null is ignored.
