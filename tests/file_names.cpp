@@ -1,7 +1,10 @@
 #include <mdtools/directory.h>
 #include <mdtools/file.h>
 #include <mdtools/path.h>
+#include <mdtools/process.h>
+#include <mdtools/shell.h>
 
+#include "support/child_process.h"
 #include "support/files.h"
 
 #include <gmock/gmock.h>
@@ -71,6 +74,33 @@ TEST(DoubleByteNames, onDisk)
     EXPECT_TRUE(Directory::removeRecursively(workPath(So)));
     EXPECT_TRUE(File::exists(workPath(KatakanaA + "/" + KatakanaA)));
     EXPECT_TRUE(Directory::removeRecursively(workPath(KatakanaA)));
+}
+
+TEST(DoubleByteNames, reachPrograms)
+{
+    const std::string record = workPath("record");
+    Process process;
+    process.setEnvironment("MDTOOLS_RECORD", record);
+    process.setCommandLine("\"" + MdToolsTest::builtProgram("test_child_program") + "\" \"" + So +
+                           "\" b" + So + "\"\"");
+    process.enableWait(true);
+    std::string arguments = "argument: " + So + "\nargument: b" + So + "\n";
+    EXPECT_TRUE(process.run());
+    EXPECT_NE(MdToolsTest::readFile(record).find(arguments), std::string::npos);
+    if (!MdToolsTest::DoubleByteNamesReachTheDisk)
+        return;
+    const std::string program = workPath(So + "\\" + So);
+    ASSERT_TRUE(Directory::createRecursively(workPath(So)));
+    ASSERT_TRUE(File::copy(MdToolsTest::builtProgram("test_child_program"), program));
+    process.setCommandLine(program + " --stdin");
+    process.setCurrentDirectory(workPath(So));
+    EXPECT_TRUE(process.run());
+    EXPECT_EQ(MdToolsTest::readFile(record).find("directory: " + So), 0U);
+    EXPECT_EQ(Shell().execute(program, "\"" + So + "\""), Shell::Success);
+    const ProcessHandle reader = Process::start(program + " --silent", true, program);
+    EXPECT_TRUE(Process::waitFor(reader, 0));
+    Process::close(reader);
+    EXPECT_TRUE(Directory::removeRecursively(workPath(So)));
 }
 
 }

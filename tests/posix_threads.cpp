@@ -1,4 +1,5 @@
-// What only this platform has: the kernel's files about processors, and fork.
+// What only this platform has: the kernel's files about processors, fork, and signals.
+#include <mdtools/process.h>
 #include <mdtools/threads.h>
 
 #include "platform/posix/topology.h"
@@ -8,6 +9,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -109,6 +111,17 @@ TEST(Fork, leavesTheChildWithAPoolThatWorks)
     EXPECT_EQ(WEXITSTATUS(status), 30);
     loop();
     EXPECT_EQ(sum, 20);
+}
+
+// The pool's threads take no signals, but what they start does.
+TEST(Signals, reachAProgramThatThePoolStarts)
+{
+    Process process;
+    process.setCommandLine("/bin/sh -c \"kill -TERM $$; exit 3\"");
+    process.enableWait(true);
+    ThreadUtility::forEach(
+        1, [&](int, int) { process.run(); }, true);
+    EXPECT_EQ(process.returnCode(), 128U + SIGTERM);
 }
 
 }

@@ -1,6 +1,7 @@
 #include <mdtools/argument_keeper.h>
 #include <mdtools/dll_util.h>
 #include <mdtools/environment.h>
+#include <mdtools/file.h>
 #include <mdtools/guid_util.h>
 #include <mdtools/mail_process.h>
 #include <mdtools/process.h>
@@ -58,12 +59,13 @@ std::string waitForRecord(const std::string& file)
 }
 
 // The record of the recorder, run with this text behind its name.
-std::string runRecorder(const std::string& arguments, std::uint32_t* code = nullptr)
+std::string runRecorder(const std::string& arguments, std::uint32_t* code = nullptr,
+                        const std::string& between = " ")
 {
     const std::string file = newFileName();
     Process process;
     process.setEnvironment("MDTOOLS_RECORD", file);
-    process.setCommandLine(inQuotes(recorder()) + " " + arguments);
+    process.setCommandLine(inQuotes(recorder()) + between + arguments);
     process.enableWait(true);
     EXPECT_TRUE(process.run());
     if (code != nullptr)
@@ -100,6 +102,8 @@ TEST(Process, argumentsReachTheProgram)
         for (const char* argument : c.arguments)
             expected += std::string("argument: ") + argument + "\n";
         EXPECT_EQ(runRecorder(c.line), expected);
+        // Without a blank it is still the program's name.
+        EXPECT_EQ(runRecorder(c.line, nullptr, "\"x y\"\\ "), expected);
     }
 }
 
@@ -223,6 +227,9 @@ TEST(Process, startAndWait)
     EXPECT_EQ(Process::start(inQuotes(recorder()), true, input + ".missing"), nullptr);
     EXPECT_EQ(Process::start(inQuotes(recorder()), true, MdToolsTest::workDirectory()), nullptr);
     EXPECT_EQ(Process::start("mdtools-no-such-program", true, ""), nullptr);
+    std::FILE* const writer = File::open(input, "a");
+    EXPECT_EQ(Process::start(inQuotes(recorder()), true, input), nullptr);
+    EXPECT_EQ(File::close(writer), 0);
     EXPECT_FALSE(Process::waitFor(nullptr, 1));
     Process::close(nullptr);
 }
@@ -320,7 +327,9 @@ TEST(DllUtil, findsFunctions)
     ASSERT_NE(count, nullptr);
     EXPECT_EQ(count(arguments.getArgC(), arguments.getArgV()), 8);
 
-    EXPECT_EQ(DllUtil::get()->getFunction(library, "missing"), nullptr);
+    // The second one is there, but not the library's own.
+    for (const std::string name : {"missing", "strlen"})
+        EXPECT_EQ(DllUtil::get()->getFunction(library, name), nullptr) << name;
     for (const std::string name : {"mdtools-no-such-library", "", "/", "."})
         EXPECT_EQ(DllUtil::get()->getFunction(name, "answer"), nullptr) << name;
     EXPECT_EQ(DllUtil::get()->getFunction(recorder() + ".txt", "answer"), nullptr);

@@ -1,5 +1,7 @@
 #include "platform/posix/command_line.h"
 
+#include "platform/posix/native_path.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <sys/stat.h>
@@ -21,12 +23,6 @@ bool isExecutableFile(const std::string& name)
            ::access(name.c_str(), X_OK) == 0;
 }
 
-std::string withSlashes(std::string text)
-{
-    std::replace(text.begin(), text.end(), '\\', '/');
-    return text;
-}
-
 std::string findOnPath(const std::string& name)
 {
     const char* variable = std::getenv("PATH");
@@ -42,14 +38,22 @@ std::string findOnPath(const std::string& name)
     return {};
 }
 
-// Where the quotes end (or the text), for a command line that begins with one.
+// For a command line that begins with a quote; the next one, or the end, ends the program.
 Command parseQuoted(const std::string& line)
 {
-    const std::size_t end = std::min(line.find('"', 1), line.size());
-    const std::string name = withSlashes(line.substr(1, end - 1));
+    std::size_t end = std::min(line.find('"', 1), line.size());
+    std::string name = line.substr(1, end - 1);
+    toSlashes(name);
     Command command;
     command.program = findProgram(name);
-    command.arguments = splitArguments(end < line.size() ? line.substr(end + 1) : std::string());
+    // What follows without a blank is no argument, but the rest of the name that the program sees.
+    for (bool quoted = true; end < line.size() && (quoted || !isBlank(line[end])); ++end) {
+        if (line[end] == '"')
+            quoted = !quoted;
+        else
+            name += line[end];
+    }
+    command.arguments = splitArguments(line.substr(end));
     command.arguments.insert(command.arguments.begin(), name);
     return command;
 }
@@ -75,7 +79,8 @@ Command parseCommandLine(const std::string& commandLine)
         return parseQuoted(line);
     for (std::size_t end = 0; end < line.size();) {
         end = std::min(line.find_first_of(" \t", end + 1), line.size());
-        const std::string name = withSlashes(line.substr(0, end));
+        std::string name = line.substr(0, end);
+        toSlashes(name);
         Command command;
         command.program = findProgram(name);
         if (command.program.empty())
@@ -115,6 +120,8 @@ std::vector<std::string> splitArguments(const std::string& text)
             inArgument = false;
         } else {
             argument += c;
+            if (isLeadByte(c) && i < text.size())
+                argument += text[i++];
             inArgument = true;
         }
     }

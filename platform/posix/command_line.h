@@ -1,5 +1,7 @@
 #pragma once
 
+#include <mdtools/platform_types.h>
+
 #include <string>
 #include <vector>
 
@@ -19,11 +21,15 @@ Command parseCommandLine(const std::string& commandLine);
 
 // Splits at blanks and tabs outside of quotes. Backslashes stand for themselves but before a quote:
 // there each two make one, and an odd one takes the quote for a character. Two quotes inside of
-// quoted text make one.
+// quoted text make one. The second byte of a double-byte character is no backslash.
 std::vector<std::string> splitArguments(const std::string& text);
 
 // The file of a program: `name` itself if that is an executable file, else, where it has no slash,
 // the first on the search path. Empty if there is none.
 std::string findProgram(const std::string& name);
+
+// As startProcess(), in the caller's directory and with its standard input. Null if there is no
+// program or it cannot be started.
+ProcessHandle startCommand(const Command& command);
 
 }

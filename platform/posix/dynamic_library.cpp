@@ -1,7 +1,9 @@
 #include "platform/dynamic_library.h"
 
-#include <algorithm>
+#include "platform/posix/native_path.h"
+
 #include <dlfcn.h>
+#include <link.h>
 
 namespace Tools::Platform {
 
@@ -22,14 +24,23 @@ Library loadLibrary(const std::string& name)
     if (name.empty())
         return nullptr;
     std::string path = name;
-    std::replace(path.begin(), path.end(), '\\', '/');
+    toSlashes(path);
     void* library = ::dlopen(path.c_str(), RTLD_NOW);
     return library != nullptr ? library : ::dlopen(withSystemName(path).c_str(), RTLD_NOW);
 }
 
 Function findFunction(Library library, const std::string& name)
 {
-    return reinterpret_cast<Function>(::dlsym(library, name.c_str()));
+    void* const address = ::dlsym(library, name.c_str());
+    // The system looks into the libraries that this one needs, too; theirs are not its own.
+    Dl_info info = {};
+    link_map* owner = nullptr;
+    link_map* own = nullptr;
+    if (address == nullptr ||
+        ::dladdr1(address, &info, reinterpret_cast<void**>(&owner), RTLD_DL_LINKMAP) == 0 ||
+        ::dlinfo(library, RTLD_DI_LINKMAP, &own) != 0 || owner != own)
+        return nullptr;
+    return reinterpret_cast<Function>(address);
 }
 
 }

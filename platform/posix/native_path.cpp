@@ -37,17 +37,22 @@ ErrorCode errorCode(int cause)
     return found == std::end(Causes) ? GeneralFailure : found->code;
 }
 
-void toSlashes(std::string& path)
+bool isLeadByte(char c)
 {
     struct LeadBytes {
         bool isLead[256];
         LeadBytes() { readLeadBytes(isLead); }
     };
     static const LeadBytes bytes;
+    return bytes.isLead[static_cast<unsigned char>(c)];
+}
+
+void toSlashes(std::string& path)
+{
     for (std::size_t i = 0; i < path.size(); ++i) {
         if (path[i] == '\\')
             path[i] = '/';
-        else if (bytes.isLead[static_cast<unsigned char>(path[i])])
+        else if (isLeadByte(path[i]))
             ++i;
     }
 }

@@ -3,11 +3,13 @@
 #include "platform/filesystem.h"
 #include "platform/posix/command_line.h"
 #include "platform/posix/environment.h"
+#include "platform/posix/native_path.h"
 #include "platform/posix/reaper.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <fcntl.h>
 #include <limits>
 #include <mutex>
@@ -100,29 +102,6 @@ std::string absolute(const std::string& path)
     return directory + "/" + path;
 }
 
-std::string withSlashes(std::string text)
-{
-    std::replace(text.begin(), text.end(), '\\', '/');
-    return text;
-}
-
-// A file that is closed at the end of the scope; -1 is none.
-class Descriptor {
-public:
-    explicit Descriptor(int number) : m_number(number) {}
-    ~Descriptor()
-    {
-        if (m_number >= 0)
-            ::close(m_number);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int number() const { return m_number; }
-
-private:
-    int m_number;
-};
-
 // What is done in the child before the program starts.
 class FileActions {
 public:
@@ -145,21 +124,46 @@ private:
     posix_spawn_file_actions_t m_actions = {};
 };
 
+// The child takes signals, though the calling thread may be one of the library's, which take none.
+class Attributes {
+public:
+    Attributes()
+    {
+        sigset_t none;
+        ::sigemptyset(&none);
+        ::posix_spawnattr_init(&m_attributes);
+        ::posix_spawnattr_setsigmask(&m_attributes, &none);
+        ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGMASK);
+    }
+    ~Attributes() { ::posix_spawnattr_destroy(&m_attributes); }
+    Attributes(const Attributes&) = delete;
+    Attributes& operator=(const Attributes&) = delete;
+
+    const posix_spawnattr_t* get() const { return &m_attributes; }
+
+private:
+    posix_spawnattr_t m_attributes = {};
+};
+
 pid_t spawn(const Command& command, const FileActions& actions)
 {
+    const Attributes attributes;
     std::vector<char*> arguments;
     for (const std::string& argument : command.arguments)
         arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);
     const std::vector<char*> environment = copyEnvironment();
     pid_t id = -1;
-    const int error = ::posix_spawn(&id, command.program.c_str(), actions.get(), nullptr,
+    const int error = ::posix_spawn(&id, command.program.c_str(), actions.get(), attributes.get(),
                                     arguments.data(), environment.data());
     return error == 0 ? id : -1;
 }
 
-ProcessHandle toHandle(pid_t id)
+ProcessHandle start(const Command& command, const FileActions& actions)
 {
+    const pid_t id = spawn(command, actions);
+    if (id <= 0)
+        return nullptr;
     auto* child = new ChildProcess;
     child->id = id;
     child->descriptor = ::pidfd_open(id, 0);
@@ -179,21 +183,26 @@ ProcessHandle startProcess(const StartOptions& options)
     if (command.program.empty())
         return nullptr;
     FileActions actions;
-    const std::string inputFile = withSlashes(options.inputFile);
-    const Descriptor input(inputFile.empty() ? -1
-                                             : ::open(inputFile.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!inputFile.empty()) {
-        if (input.number() < 0 || isDirectory(inputFile))
+    FileDescriptor input;
+    if (!options.inputFile.empty()) {
+        input = NativePath(options.inputFile).open(O_RDONLY);
+        // The child shares the lock: its input is not written to while it reads.
+        if (!input.valid() || isDirectory(options.inputFile) || !hold(input.get(), false))
             return nullptr;
-        actions.readFrom(input.number());
+        actions.readFrom(input.get());
     }
-    const std::string directory = withSlashes(options.currentDirectory);
+    std::string directory = options.currentDirectory;
+    toSlashes(directory);
     if (!directory.empty() && directory != ".") {
         command.program = absolute(command.program);
         actions.startIn(directory);
     }
-    const pid_t id = spawn(command, actions);
-    return id > 0 ? toHandle(id) : nullptr;
+    return start(command, actions);
+}
+
+ProcessHandle startCommand(const Command& command)
+{
+    return command.program.empty() ? nullptr : start(command, FileActions());
 }
 
 bool waitForProcess(ProcessHandle process, int milliseconds)

@@ -1,6 +1,7 @@
 #include "platform/shell.h"
 
 #include "platform/posix/command_line.h"
+#include "platform/posix/native_path.h"
 #include "platform/process.h"
 
 #include <algorithm>
@@ -50,27 +51,11 @@ int missingCode(const std::string& path)
     return parentExists ? FileNotFound : PathNotFound;
 }
 
-// A word of a command line that the argument rules split again into this very text.
-std::string quoted(const std::string& text)
-{
-    std::string word = "\"";
-    std::size_t backslashes = 0;
-    for (const char c : text) {
-        backslashes = c == '\\' ? backslashes + 1 : backslashes;
-        if (c == '"')
-            word.append(backslashes + 1, '\\');
-        if (c != '\\')
-            backslashes = 0;
-        word += c;
-    }
-    return word.append(backslashes, '\\') + "\"";
-}
-
 int startFile(const std::string& program, const std::string& parameters)
 {
-    StartOptions options;
-    options.commandLine = "\"" + program + "\" " + parameters;
-    const ProcessHandle process = startProcess(options);
+    Command command{program, splitArguments(parameters)};
+    command.arguments.insert(command.arguments.begin(), program);
+    const ProcessHandle process = startCommand(command);
     if (process == nullptr)
         return BadFormat;
     closeProcess(process);
@@ -81,11 +66,7 @@ int startFile(const std::string& program, const std::string& parameters)
 int openWithDesktop(const std::string& file)
 {
     constexpr int Moment = 2000;
-    if (findProgram("xdg-open").empty())
-        return NoAssociation;
-    StartOptions options;
-    options.commandLine = "xdg-open " + quoted(file);
-    const ProcessHandle process = startProcess(options);
+    const ProcessHandle process = startCommand({findProgram("xdg-open"), {"xdg-open", file}});
     if (process == nullptr)
         return NoAssociation;
     const std::uint32_t code = waitForProcess(process, Moment) ? getExitCode(process) : 0;
@@ -110,7 +91,7 @@ int shellExecute(const std::string& file, const std::string& parameters)
     if (isUrl(file))
         return openWithDesktop(file);
     std::string path = file;
-    std::replace(path.begin(), path.end(), '\\', '/');
+    toSlashes(path);
     struct stat status = {};
     if (::stat(path.c_str(), &status) != 0) {
         const int code = missingCode(path);
