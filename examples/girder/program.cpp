@@ -238,7 +238,7 @@ std::string Program::writeListing(const std::string& file, Model& model)
     Results results;
     if (!load(file, model) || !computeInto(model, file, results))
         return "";
-    const std::string listing = absolutePath(fileFor(file, m_directory, "listing"));
+    std::string listing = absolutePath(fileFor(file, m_directory, "listing"));
     std::ostringstream text;
     printListing(results, m_settings.numberFormat(), text);
     text << '\f'; // the drawing stays whole, on a page of its own
