@@ -128,8 +128,8 @@ TEST(RegistrationFile, faults)
     };
     const std::string key = Head5 + "\n[HKCU\\K]\n";
     const Case cases[] = {
-        {"", 0},
-        {"\xFF\xFE", 0},
+        {"", 1},
+        {"\xFF\xFE", 1},
         {"REGEDIT5\n", 1},
         {"\n" + Head5, 1},
         {Head5 + "x", 2},
@@ -220,6 +220,9 @@ TEST(RegistrationFile, writesWhatItReads)
         EXPECT_FALSE(writer.addValue("q", 11, "12345678"));
         EXPECT_FALSE(writer.addValue("two\nlines", 1, "x"));
         EXPECT_FALSE(writer.addKey({Registry::CurrentUser, {"two\nlines"}}));
+        // Programs can make such a key step by step, but no file can name it.
+        const std::vector<std::string> deep(20, std::string(204, 'd'));
+        EXPECT_FALSE(writer.addKey({Registry::CurrentUser, deep}));
 
         const Content content = parse(writer.take());
         EXPECT_EQ(content.keys[0].names, path.names);

@@ -74,7 +74,8 @@ public:
     explicit Writer(Format format);
 
     // Both are false, and leave the file as it is, for what a file cannot hold: line ends in a
-    // name, text that gets lost in UTF-16, a value of a type that the library does not know.
+    // name, text that gets lost in UTF-16, a path too long to be read back, a value of a type that
+    // the library does not know.
     bool addKey(const KeyPath& path);
     bool addValue(const std::string& name, std::uint32_t type, const std::string& data);
 

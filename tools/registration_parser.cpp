@@ -198,7 +198,9 @@ void Parser::expectEnd()
 
 void Parser::parseHead()
 {
-    nextLine();
+    // What an empty file lacks is its first line.
+    if (!nextLine())
+        m_line = 1;
     m_isVersion5 = skip(L"Windows Registry Editor Version 5.00");
     if (!m_isVersion5 && !skip(L"REGEDIT4"))
         fail("not a registration file");

@@ -140,7 +140,8 @@ bool Writer::addKey(const KeyPath& path)
 {
     const std::string text = path.text();
     const std::wstring wide = toWide(text);
-    if (!canBeQuoted(wide) || !survives(text))
+    KeyPath readBack;
+    if (!canBeQuoted(wide) || !survives(text) || !readKeyPath(text, "\\", readBack))
         return false;
     m_text.append(LineEnd).append(L"[").append(wide).append(L"]").append(LineEnd);
     return true;

@@ -250,17 +250,20 @@ void remove(const KeyPath& path, const std::string& name)
         throw Failure("cannot delete \"" + name + "\" from " + path.text());
 }
 
-void exportKey(Writer& writer, const KeyPath& path, const RegistryKey& key)
+// False if a file cannot hold the key, nor then what is below it.
+bool exportKey(Writer& writer, const KeyPath& path, const RegistryKey& key)
 {
     if (!writer.addKey(path)) {
-        tell(path.text() + " is not exported: its name does not fit into a file");
-        return;
+        tell(path.text() +
+             " and what is below it is not exported: its name does not fit into a file");
+        return false;
     }
     visitValues(key, [&](const std::string& name, const RawValue& value) {
         if (!writer.addValue(name, value.kind, value.data))
             tell("\"" + name + "\" in " + path.text() + " is not exported: type " +
                  std::to_string(value.kind));
     });
+    return true;
 }
 
 // Keys still to be exported stand in a list, so that depth does no harm.
@@ -277,7 +280,8 @@ std::string exportTree(const KeyPath& top, Format format)
             tell(path.text() + " is not exported: it cannot be read");
             continue;
         }
-        exportKey(writer, path, key);
+        if (!exportKey(writer, path, key))
+            continue;
         const std::vector<std::string> names = allNames(key, Platform::subkeyName);
         for (auto name = names.rbegin(); name != names.rend(); ++name) {
             waiting.push_back(path);
