@@ -54,12 +54,12 @@ bool File::Info::operator<(const Info& other) const
 
 std::FILE* File::open(const std::string& name, const std::string& mode)
 {
-    if (name.empty() || !isMode(mode))
+    if (name.empty())
         return nullptr;
     // A locale that is "C" already is left alone: other threads may be using it.
     if (std::strcmp(std::setlocale(LC_ALL, nullptr), "C") != 0)
         std::setlocale(LC_ALL, "C");
-    return Platform::openStream(name, mode);
+    return isMode(mode) ? Platform::openStream(name, mode) : nullptr;
 }
 
 std::FILE* File::open(const Path& name, const std::string& mode)
