@@ -125,6 +125,10 @@ TEST(Process, findsTheProgram)
     std::string mixed = copy.string();
     mixed[mixed.rfind(mixed.find('\\') == std::string::npos ? '/' : '\\')] = '\\';
 
+    std::string blanks; // each might end the program's name
+    for (int i = 0; i < 100'000; ++i)
+        blanks += " x";
+
     struct Case {
         std::string line;
         bool found;
@@ -138,6 +142,7 @@ TEST(Process, findsTheProgram)
         {inQuotes(""), false},
         {inQuotes((folder / "missing").string()), false},
         {"mdtools-no-such-program --exit=7", false},
+        {"mdtools-no-such-program" + blanks, false},
         {inQuotes(folder.string()) + " --exit=7", false},
     };
     for (const Case& c : cases) {
@@ -302,9 +307,11 @@ TEST(Shell, startsProgramsAndNamesFailures)
 {
     Shell shell;
     EXPECT_EQ(shell.getErrorMessage(), "");
-    const std::string missing = MdToolsTest::workDirectory() + "/no such file.txt";
-    EXPECT_EQ(shell.execute(missing), Shell::FileNotFound);
-    EXPECT_EQ(shell.getErrorMessage(), "File not found: " + missing);
+    for (const std::string& missing :
+         {MdToolsTest::workDirectory() + "/no such file.txt", std::string(1'000'000, 'a')}) {
+        EXPECT_EQ(shell.execute(missing), Shell::FileNotFound);
+        EXPECT_EQ(shell.getErrorMessage(), "File not found: " + missing);
+    }
     const Shell copy(shell);
     EXPECT_EQ(copy.getErrorMessage(), shell.getErrorMessage());
 

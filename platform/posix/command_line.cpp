@@ -3,6 +3,7 @@
 #include "platform/posix/native_path.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdlib>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -77,7 +78,8 @@ Command parseCommandLine(const std::string& commandLine)
         return {};
     if (line.front() == '"')
         return parseQuoted(line);
-    for (std::size_t end = 0; end < line.size();) {
+    // No path is longer, however many blanks the line has.
+    for (std::size_t end = 0; end < std::min<std::size_t>(line.size(), PATH_MAX);) {
         end = std::min(line.find_first_of(" \t", end + 1), line.size());
         std::string name = line.substr(0, end);
         toSlashes(name);

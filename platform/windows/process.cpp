@@ -90,6 +90,10 @@ DWORD toCreationFlags(const StartOptions& options)
 
 ProcessHandle startProcess(const StartOptions& options)
 {
+    // The system's limit, which Wine does not know: it looks for a program at each blank.
+    constexpr std::size_t LongestCommandLine = 32766;
+    if (options.commandLine.size() > LongestCommandLine)
+        return nullptr;
     // A child inherits whatever can be inherited at that moment: while one thread's input file is
     // open, no other thread starts a child.
     static std::mutex mutex;

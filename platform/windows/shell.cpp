@@ -6,8 +6,24 @@
 
 namespace Tools::Platform {
 
+namespace {
+
+// The shell opens no longer ones, and Wine's does not survive them.
+bool isTooLong(const std::string& file)
+{
+    constexpr std::size_t LongestUrl = 2083;
+    const std::size_t colon = file.find(':');
+    const bool isUrl = colon != std::string::npos && colon > 1;
+    return file.size() > (isUrl ? LongestUrl : MAX_PATH);
+}
+
+}
+
 int shellExecute(const std::string& file, const std::string& parameters)
 {
+    constexpr int FileNotFound = 2;
+    if (isTooLong(file))
+        return FileNotFound;
     const HINSTANCE result =
         ::ShellExecuteA(::GetDesktopWindow(), "open", file.c_str(),
                         parameters.empty() ? nullptr : parameters.c_str(), nullptr, SW_SHOW);
