@@ -17,8 +17,9 @@ struct StartOptions {
     std::string currentDirectory;
     // The file that the child reads as its standard input; empty: the caller's own.
     std::string inputFile;
-    // What the window shows; empty, and 0 by 0, leave it to the system.
+    // What the window shows, only with ShowWindow::Show; empty is a title, too.
     std::string title;
+    // 0 by 0 leaves it to the system.
     int width = 0;
     int height = 0;
     ShowWindow show = ShowWindow::AsProgramLikes;

@@ -16,25 +16,22 @@ constexpr int NotDetermined = -1;
 std::atomic<int> coreCount{NotDetermined};
 std::atomic<int (*)()> coreCountFunction{nullptr};
 
-int machineCoreCount()
-{
-    const int known = coreCount.load(std::memory_order_relaxed);
-    if (known != NotDetermined)
-        return known;
-    const CoreCount count = determineCoreCount(ProcessorSource());
-    if (count.isDetermined)
-        coreCount.store(count.cores, std::memory_order_relaxed);
-    return count.cores;
-}
-
 }
 
 int System::getCpuCoreCount()
 {
-    // Determined and reported even if the program has a function of its own.
-    const int count = machineCoreCount();
+    // Determined and reported even if the program has a function of its own, which is not asked
+    // where that fails.
+    int known = coreCount.load(std::memory_order_relaxed);
+    if (known == NotDetermined) {
+        const CoreCount count = determineCoreCount(ProcessorSource());
+        if (!count.isDetermined)
+            return count.cores;
+        known = count.cores;
+        coreCount.store(known, std::memory_order_relaxed);
+    }
     int (*const function)() = coreCountFunction.load(std::memory_order_relaxed);
-    return function == nullptr ? count : function();
+    return function == nullptr ? known : function();
 }
 
 void System::attachCpuCoreCountFunction(int (*function)())

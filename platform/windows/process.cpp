@@ -58,7 +58,7 @@ STARTUPINFOA toStartupInfo(const StartOptions& options, std::string& title, HAND
 {
     STARTUPINFOA info{};
     info.cb = sizeof(info);
-    if (!title.empty())
+    if (options.show == ShowWindow::Show)
         info.lpTitle = title.data();
     if (options.show != ShowWindow::AsProgramLikes) {
         info.dwFlags |= STARTF_USESHOWWINDOW;
