@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <utility>
 
 namespace Tools {
 
@@ -20,9 +19,13 @@ ObserverManager::ObserverManager() = default;
 
 ObserverManager::~ObserverManager()
 {
-    // Taken out first: an observer's end may ask the manager for others.
-    for (Observer* observer : std::exchange(m_observers, {}))
-        delete observer;
+    // Taken out one by one, the first one first: an observer's end may ask for others, take them
+    // back or bring new ones.
+    std::reverse(m_observers.begin(), m_observers.end());
+    while (!m_observers.empty()) {
+        const std::unique_ptr<Observer> observer(m_observers.back());
+        m_observers.pop_back();
+    }
 }
 
 void ObserverManager::addObserver(Observer* observer)
@@ -38,8 +41,14 @@ void ObserverManager::addObserver(Observer* observer)
 void ObserverManager::removeObserver(Observer* observer)
 {
     const auto place = std::find(m_observers.begin(), m_observers.end(), observer);
-    if (place != m_observers.end())
-        m_observers.erase(place);
+    if (place == m_observers.end())
+        return;
+    const auto index = static_cast<std::size_t>(place - m_observers.begin());
+    for (Round& round : m_rounds) {
+        round.next -= index < round.next ? 1 : 0;
+        round.end -= index < round.end ? 1 : 0;
+    }
+    m_observers.erase(place);
 }
 
 Observer* ObserverManager::findObserver(const Displayer* displayer) const
@@ -68,18 +77,16 @@ void ObserverManager::updateInDisplayer(const Displayer* displayer)
 
 void ObserverManager::broadcast(const Displayer* displayer, void (Observer::*request)())
 {
-    for (std::size_t i = 0; i < m_observers.size();) {
-        Observer* const observer = m_observers[i];
+    struct End {
+        std::vector<Round>& rounds;
+        ~End() { rounds.pop_back(); }
+    };
+    m_rounds.push_back({0, m_observers.size()});
+    const End end{m_rounds};
+    while (m_rounds.back().next < m_rounds.back().end) {
+        Observer* const observer = m_observers[m_rounds.back().next++];
         if (displayer == nullptr || observer->getDisplayer() == displayer)
             (observer->*request)();
-        if (i < m_observers.size() && m_observers[i] == observer) {
-            ++i;
-            continue;
-        }
-        // Somebody went: on behind the one just asked, or, if it is gone itself, at its place.
-        const auto place = std::find(m_observers.begin(), m_observers.end(), observer);
-        if (place != m_observers.end())
-            i = static_cast<std::size_t>(place - m_observers.begin()) + 1;
     }
 }
 

@@ -370,7 +370,12 @@ class View : public Displayer {};
 class Shape : public Observer {
 public:
     Shape(const std::string& name, Displayer* displayer) : Observer(displayer), m_name(name) {}
-    ~Shape() override { log += "~" + m_name; }
+    ~Shape() override
+    {
+        log += "~" + m_name;
+        if (whenGone)
+            whenGone();
+    }
     void addToDisplayer() override { log += "+" + m_name; }
     void removeFromDisplayer() override { log += "-" + m_name; }
     void updateInDisplayer() override
@@ -381,6 +386,7 @@ public:
     }
 
     std::function<void()> whenUpdated;
+    std::function<void()> whenGone;
 
 private:
     std::string m_name;
@@ -411,14 +417,31 @@ TEST_F(Commands, observers)
         a->whenUpdated = [&] { manager.removeObserver(a); };
         b->whenUpdated = [&] { manager.addObserver(a); };
         manager.updateInDisplayer(nullptr);
-        EXPECT_EQ(takeLog(), "*a*b*c*a");
+        EXPECT_EQ(takeLog(), "*a*b*c");
+        // In the middle of a round two go, one of them itself, and come again behind "c".
+        b->whenUpdated = [&] {
+            for (Shape* shape : {a, b})
+                manager.removeObserver(shape);
+            for (Shape* shape : {a, b})
+                manager.addObserver(shape);
+            manager.addToDisplayer(nullptr);
+        };
+        manager.updateInDisplayer(nullptr);
+        EXPECT_EQ(takeLog(), "*b+c+a+b*c");
+        b->whenUpdated = nullptr;
         manager.removeObserver(a);
         EXPECT_EQ(manager.findObserver(&plan), c);
         manager.removeObserver(a);
         delete a;
         EXPECT_EQ(takeLog(), "~a");
+        // The end of one takes another back, and brings a new one.
+        c->whenGone = [&] {
+            manager.removeObserver(b);
+            delete b;
+            manager.addObserver(new Shape("d", &plan));
+        };
     }
-    EXPECT_EQ(takeLog(), "~b~c");
+    EXPECT_EQ(takeLog(), "~c~b~d");
 }
 
 }

@@ -3,6 +3,7 @@
 #include <mdtools/displayer.h>
 #include <mdtools/export.h>
 
+#include <cstddef>
 #include <vector>
 
 namespace Tools {
@@ -48,16 +49,24 @@ public:
     // Ask every observer of that displayer (null: every observer), in order. An exception of an
     // observer ends the round and reaches the caller. An observer must not add or remove observers
     // of its manager meanwhile. Where one does so all the same, nothing is damaged: a removed
-    // observer is not asked any more, an added one is asked last. Destroying the manager is not
-    // survived.
+    // observer is not asked any more, an added one is asked from the next round on. Destroying the
+    // manager is not survived.
     void addToDisplayer(const Displayer* displayer);
     void removeFromDisplayer(const Displayer* displayer);
     void updateInDisplayer(const Displayer* displayer);
 
 private:
+    // Who is asked next, and where those end who were there at first.
+    struct Round {
+        std::size_t next;
+        std::size_t end;
+    };
+
     void broadcast(const Displayer* displayer, void (Observer::*request)());
 
     std::vector<Observer*> m_observers;
+    // The broadcasts that are under way, the innermost last.
+    std::vector<Round> m_rounds;
 };
 
 }
