@@ -37,6 +37,8 @@ const Page Pages[] = {
      "\xC3\x84"
      "A\xF0\x9F\x98\x80",
      7},
+    // A byte that the page leaves undefined is no letter.
+    {"1255", "A\xDB\xE0", L"A\uF8DB\u05D0", "a\xDB\xE0", "A\xDB\xE0", 3},
     {"850", "\x8E\x84\xE1", L"\u00C4\u00E4\u00DF", "\x84\x84\xE1", "\x8E\x8E\xE1", 3},
     // No page, or none that this system can hold: 1252.
     {"cp850", "\x8E\x84\xE1", L"\u017D\u201E\u00E1", "\x9E\x84\xE1", "\x8E\x84\xC1", 3},

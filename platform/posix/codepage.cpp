@@ -15,6 +15,7 @@ namespace Tools::Platform {
 namespace {
 
 constexpr char16_t Replacement = 0xFFFD;
+constexpr char16_t PrivateUse = 0xF800;
 
 // The upper half of the first 32 bytes above ASCII in page 1252, which must be there whatever iconv
 // has installed. 0 marks the bytes that mean themselves.
@@ -114,7 +115,8 @@ private:
 
     bool m_isUtf8 = false;
     std::array<bool, 256> m_isLead{};
-    // Bytes that the page leaves undefined mean themselves.
+    // Bytes that the page leaves undefined mean themselves, or characters for private use where
+    // they would else be letters.
     std::array<bool, 256> m_isUndefined{};
     std::array<char16_t, 256> m_singles{};
     std::vector<char16_t> m_pairs;
@@ -168,6 +170,8 @@ bool Page::readSingles(Converter& converter)
             break;
         case Converter::Result::Unknown:
             m_isUndefined[byte] = true;
+            if (byte >= 0xA0)
+                m_singles[byte] = static_cast<char16_t>(PrivateUse + byte);
             break;
         case Converter::Result::Incomplete:
             return false;
