@@ -163,7 +163,13 @@ void TreeWriter<Output>::indent()
     const std::size_t size = m_unit.size() * static_cast<std::size_t>(level);
     while (m_indent.size() < size)
         m_indent += m_unit;
-    m_output.write(std::string_view(m_indent).substr(0, size));
+    std::string_view units = std::string_view(m_indent).substr(0, size);
+    if (m_frames.empty()) {
+        // A width that the stream was given pads the first unit alone.
+        m_output.write(units.substr(0, m_unit.size()));
+        units.remove_prefix(m_unit.size());
+    }
+    m_output.write(units);
 }
 
 template <class T>

@@ -773,6 +773,10 @@ TEST(SmartRecord, writesNumbersAsTheStreamDoes)
     wide << std::setw(4) << std::setfill('*');
     Record().setDecimal("d", 1).writeTo(wide, 0, "");
     EXPECT_EQ(wide.str(), "***(\nd = 1\n)\n");
+    std::ostringstream indented;
+    indented << std::setw(4) << std::setfill('*');
+    Sequence().writeTo(indented, 2, " ");
+    EXPECT_EQ(indented.str(), "***  [\n  ]\n");
 }
 
 // Notes the state of the text at each flush.
