@@ -139,6 +139,8 @@ TEST(Process, findsTheProgram)
         {inQuotes(mixed) + " --exit=7", true},
         {"", false},
         {"   ", false},
+        {" " + copy.string() + " --exit=7", false}, // blanks in front belong to the name
+        {" " + inQuotes(copy.string()) + " --exit=7", false},
         {inQuotes(""), false},
         {inQuotes((folder / "missing").string()), false},
         {"mdtools-no-such-program --exit=7", false},

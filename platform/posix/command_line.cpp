@@ -70,10 +70,8 @@ std::string findProgram(const std::string& name)
     return name.find('/') == std::string::npos ? findOnPath(name) : std::string();
 }
 
-Command parseCommandLine(const std::string& commandLine)
+Command parseCommandLine(const std::string& line)
 {
-    const std::string line =
-        commandLine.substr(std::min(commandLine.find_first_not_of(" \t"), commandLine.size()));
     if (line.empty())
         return {};
     if (line.front() == '"')

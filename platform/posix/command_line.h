@@ -16,8 +16,9 @@ struct Command {
 };
 
 // Splits off the program: the text between quotes, or else the shortest part up to a blank (or the
-// end) that names a program, first as given, then on the search path.
-Command parseCommandLine(const std::string& commandLine);
+// end) that names a program, first as given, then on the search path. Blanks in front belong to the
+// name.
+Command parseCommandLine(const std::string& line);
 
 // Splits at blanks and tabs outside of quotes. Backslashes stand for themselves but before a quote:
 // there each two make one, and an odd one takes the quote for a character. Two quotes inside of
