@@ -27,7 +27,8 @@ void Lexer::next()
         m_hasEnded = true;
         return;
     }
-    m_hasToken = true;
+    // The stream may throw before the token is complete; by then the last one's text is gone.
+    m_hasToken = false;
     switch (c) {
     case '(':
         m_type = Token::OpenParenthesis;
@@ -51,6 +52,7 @@ void Lexer::next()
         readWord(c, isInArea);
         break;
     }
+    m_hasToken = true;
 }
 
 bool Lexer::get(char& c)

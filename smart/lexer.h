@@ -31,7 +31,8 @@ public:
     // Of a Decimal or a Real.
     const Number& number() const { return m_number; }
 
-    // Sets what the last token read here sets: a mark or an invalid token sets the type alone.
+    // Sets what the last token read here sets: a mark or an invalid token sets the type alone, one
+    // that the stream's exception interrupted nothing.
     void storeIn(Token& token) const;
 
     // The rest of the stream's area, for a caller that reads tokens there itself. It tells where

@@ -508,6 +508,22 @@ TEST(SmartRecord, mergesWhatItReads)
               "Sequence::operator[](size_t index)");
 }
 
+TEST(SmartRecord, letsTheStreamThrow)
+{
+    const std::string word(100, 'w');
+    for (const std::string& input : {"(a = \"" + word + "\" " + word, "(" + word + " \"" + word}) {
+        TextSource source(input, {7, true});
+        std::istream stream(&source);
+        stream.exceptions(std::ios_base::failbit);
+        IstreamTokenIterator tokens(stream);
+        Record record;
+        EXPECT_THROW(record.readFrom(tokens), std::ios_base::failure);
+        EXPECT_EQ(record.existsText("a"), input[1] == 'a');
+        EXPECT_EQ(tokens->getType(), Token::OpenParenthesis);
+        EXPECT_EQ(tokens->getValText(), "");
+    }
+}
+
 // The grammar as it is told in the header, token by token into ordered maps.
 class LiteralReader {
 public:
