@@ -62,6 +62,13 @@ const Point* search(const Point* points, std::size_t size, double x)
 
 }
 
+// By way of a copy, because without memory for all of it the points and their index would not
+// belong together.
+Table& Table::operator=(const Table& other)
+{
+    return *this = Table(other);
+}
+
 Table::Table(Table&& other) noexcept
 {
     *this = std::move(other);

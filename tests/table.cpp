@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <limits>
 #include <random>
+#include <utility>
 #include <vector>
 
 using Tools::Table;
@@ -79,6 +80,11 @@ TEST(Table, copiesAreIndependent)
     EXPECT_EQ(moved.getValue(4.0), 0.0);
     moved.addPair(1.0, 6.0);
     EXPECT_EQ(moved.getValue(4.0), 6.0);
+    moved = table;
+    moved = std::as_const(moved);
+    moved.addPair(4.0, 1.0);
+    EXPECT_EQ(moved.getValue(4.0), 1.0);
+    EXPECT_EQ(table.getValue(4.0), 6.0);
 }
 
 // What getValue() means, word by word.

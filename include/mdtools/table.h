@@ -17,7 +17,7 @@ class MDTOOLS_API Table {
 public:
     Table() = default;
     Table(const Table& other) = default;
-    Table& operator=(const Table& other) = default;
+    Table& operator=(const Table& other);
     ~Table() = default;
 
     // A table that was moved from has no points.
