@@ -1,12 +1,14 @@
 #include "platform/codepage.h"
 
+#include "platform/environment.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <cstdlib>
 #include <iconv.h>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -217,8 +219,8 @@ void Page::fillNarrow()
 
 unsigned configuredPage()
 {
-    const char* const text = std::getenv("MDTOOLS_CODEPAGE");
-    const std::string_view digits = text != nullptr ? text : "";
+    std::string digits;
+    readVariable("MDTOOLS_CODEPAGE", digits);
     unsigned number = 0;
     for (const char c : digits) {
         if (c < '0' || c > '9' || number > 99999)

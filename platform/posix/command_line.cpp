@@ -1,10 +1,10 @@
 #include "platform/posix/command_line.h"
 
+#include "platform/environment.h"
 #include "platform/posix/native_path.h"
 
 #include <algorithm>
 #include <climits>
-#include <cstdlib>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -26,8 +26,9 @@ bool isExecutableFile(const std::string& name)
 
 std::string findOnPath(const std::string& name)
 {
-    const char* variable = std::getenv("PATH");
-    const std::string path = variable != nullptr ? variable : "/usr/bin:/bin";
+    std::string path;
+    if (!readVariable("PATH", path))
+        path = "/usr/bin:/bin";
     for (std::size_t start = 0; start <= path.size();) {
         const std::size_t end = std::min(path.find(':', start), path.size());
         std::string candidate = path.substr(start, end - start);

@@ -1,6 +1,7 @@
 #include "platform/posix/debug_socket.h"
 
-#include <cstdlib>
+#include "platform/environment.h"
+
 #include <cstring>
 
 #include <sys/socket.h>
@@ -10,9 +11,9 @@ namespace Tools::Platform {
 
 std::array<std::string, 2> debugSocketDirectories()
 {
-    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
-    return {runtime && runtime[0] == '/' ? runtime : "",
-            "/tmp/mdtools-" + std::to_string(::geteuid())};
+    std::string runtime;
+    readVariable("XDG_RUNTIME_DIR", runtime);
+    return {runtime.starts_with('/') ? runtime : "", "/tmp/mdtools-" + std::to_string(::geteuid())};
 }
 
 bool isPrivateDirectory(const std::string& directory)

@@ -1,12 +1,12 @@
 #include "platform/known_folders.h"
 
+#include "platform/environment.h"
 #include "platform/filesystem.h"
 #include "platform/posix/file_descriptor.h"
 
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <cstdlib>
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/random.h>
@@ -19,8 +19,9 @@ namespace {
 
 std::string variable(const char* name)
 {
-    const char* value = std::getenv(name);
-    return value == nullptr ? std::string() : std::string(value);
+    std::string value;
+    readVariable(name, value);
+    return value;
 }
 
 // A field of the user's entry in the system's list, empty if there is none.
