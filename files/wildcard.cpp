@@ -41,6 +41,8 @@ std::size_t countCharacters(const CodePage& page, std::string_view pattern)
 
 Wildcard::Wildcard(std::string_view pattern)
 {
+    // As every name does, a pattern ends at its first NUL.
+    pattern = pattern.substr(0, pattern.find('\0'));
     if (pattern == "*.*")
         pattern = "*";
     m_length = countCharacters(CodePage::get(), pattern);

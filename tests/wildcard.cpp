@@ -45,6 +45,7 @@ TEST(Wildcard, matches)
     };
     for (const Case& c : cases)
         EXPECT_EQ(Wildcard(c.pattern).matches(c.name), c.matches) << c.pattern << " " << c.name;
+    EXPECT_TRUE(Wildcard(std::string_view("*.*\0x", 5)).matches("a"));
 }
 
 // The plain definition, character by character.
