@@ -79,7 +79,8 @@ TEST(RegistrationFile, values)
         {R"("n"=hex(2):25,50,25,00)", "n", 2, "%P%\0"s},
         {R"("n"=hex(7):61,00,62,00,00)", "n", 7, "a\0b\0\0"s},
         {R"("n"=hex(4):01,02)", "n", 4, "\1\2"},
-        {R"("n"=hex(00000001):61)", "n", 1, "a"},
+        {R"("n"=hex(00000001):61)", "n", 1, "a\0"s}, // an end is added
+        {R"("n"=hex(7):)", "n", 7, ""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.line);
@@ -199,11 +200,10 @@ TEST(RegistrationFile, writesWhatItReads)
         {1, "text \\ \"q\" \xE4\x80\0"s},
         {1, "two\r\nlines\0"s},
         {1, ""},
-        {1, "no end"},
         {1, "in\0side\0"s},
         {2, "%P%\0"s},
         {7, "a\0b\0\0"s},
-        {7, allBytes},
+        {7, allBytes + '\0'},
         {3, allBytes},
         {3, ""},
         {4, "\x0A\0\0\xFF"s},

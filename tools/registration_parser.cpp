@@ -286,11 +286,15 @@ void Parser::parseBytes(Change& change)
         fail("\":\" is missing");
     while (takeByte(change.data)) {
     }
-    if (!m_isVersion5 || !isTextKind(change.type))
+    if (!isTextKind(change.type))
         return;
-    if (change.data.size() % 2 != 0)
+    if (m_isVersion5 && change.data.size() % 2 != 0)
         fail("half a character at the end of a text");
-    change.data = narrow(readUtf16(change.data));
+    if (m_isVersion5)
+        change.data = narrow(readUtf16(change.data));
+    // Windows itself stores no text without an end.
+    if (!change.data.empty() && change.data.back() != '\0')
+        change.data += '\0';
 }
 
 // Without a number in parentheses the bytes are just that.
