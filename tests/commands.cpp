@@ -435,7 +435,7 @@ TEST_F(Commands, observers)
         delete a;
         EXPECT_EQ(takeLog(), "~a");
         // The end of one takes another back, and brings a new one.
-        c->whenGone = [&] {
+        c->whenGone = [&manager, &plan, b] {
             manager.removeObserver(b);
             delete b;
             manager.addObserver(new Shape("d", &plan));
