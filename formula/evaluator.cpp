@@ -1,5 +1,6 @@
 #include "formula/evaluator.h"
 
+#include "platform/trigonometry.h"
 #include "text/numbers.h"
 
 #include <algorithm>
@@ -175,15 +176,15 @@ double FormulaEvaluator::call(Opener function, double argument)
     case Opener::Asin:
         return std::asin(argument);
     case Opener::Sin:
-        return std::sin(Math::degreeToRadian(argument));
+        return Platform::sine(Math::degreeToRadian(argument));
     case Opener::Acos:
         return std::acos(argument);
     case Opener::Cos:
-        return std::cos(Math::degreeToRadian(argument));
+        return Platform::cosine(Math::degreeToRadian(argument));
     case Opener::Atan:
         return std::atan(argument);
     default:
-        return std::tan(Math::degreeToRadian(argument));
+        return Platform::tangent(Math::degreeToRadian(argument));
     }
 }
 

@@ -137,6 +137,9 @@ TEST(FormulaInterpreter, functions)
         {"SIN(30)", 0.5},
         {"cos(60)*2", 1}, // 1 is nothing to be added: 0+0.5, times 2
         {"tan(45)", 1},
+        {"tan(90)", 1.633123935319537e16}, // where pi must be known to its last bit
+        {"sin(180)", 1.2246467991473532e-16},
+        {"cos(3/0)", 0.37127941669980136, false},
         {"asin(0.5)", 0.52359877559829887},
         {"acos(0,5)", 1.0471975511965976},
         {"atan(1)", Pi / 4},

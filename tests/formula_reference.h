@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/trigonometry.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -120,11 +122,11 @@ private:
         };
         static const Function functions[] = {
             {"asin", [](double a) { return std::asin(a); }},
-            {"sin", [](double a) { return std::sin(radians(a)); }},
+            {"sin", [](double a) { return Tools::Platform::sine(radians(a)); }},
             {"acos", [](double a) { return std::acos(a); }},
-            {"cos", [](double a) { return std::cos(radians(a)); }},
+            {"cos", [](double a) { return Tools::Platform::cosine(radians(a)); }},
             {"atan", [](double a) { return std::atan(a); }},
-            {"tan", [](double a) { return std::tan(radians(a)); }},
+            {"tan", [](double a) { return Tools::Platform::tangent(radians(a)); }},
         };
         for (const Function& function : functions) {
             if (skipName(function.name)) {
