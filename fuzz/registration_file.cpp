@@ -39,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 for (const Format format : {Format::Version5, Format::Regedit4})
                     check(content, change, format);
     } catch (const Fault& fault) {
-        if (fault.line() > size)
+        if (fault.line() > size + 1)
             std::abort();
     }
     return 0;
