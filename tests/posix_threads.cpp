@@ -1,4 +1,4 @@
-// What only this platform has: the kernel's files about processors, fork, and signals.
+// What only this platform has: the kernel's files about processors, fork, signals, named pipes.
 #include <mdtools/process.h>
 #include <mdtools/threads.h>
 
@@ -15,6 +15,7 @@
 #include <map>
 #include <tuple>
 
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -122,6 +123,15 @@ TEST(Signals, reachAProgramThatThePoolStarts)
     ThreadUtility::forEach(
         1, [&](int, int) { process.run(); }, true);
     EXPECT_EQ(process.returnCode(), 128U + SIGTERM);
+}
+
+TEST(Pipe, thatNobodyWritesToIsAnEmptyInput)
+{
+    const std::string pipe = MdToolsTest::workDirectory() + "/pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const ProcessHandle reader = Process::start("/bin/cat", false, pipe);
+    EXPECT_TRUE(Process::waitFor(reader, 10000));
+    Process::close(reader);
 }
 
 }

@@ -185,10 +185,12 @@ ProcessHandle startProcess(const StartOptions& options)
     FileActions actions;
     FileDescriptor input;
     if (!options.inputFile.empty()) {
-        input = NativePath(options.inputFile).open(O_RDONLY);
+        // Without O_NONBLOCK a pipe that nobody writes to would hold up the program.
+        input = NativePath(options.inputFile).open(O_RDONLY | O_NONBLOCK);
         // The child shares the lock: its input is not written to while it reads.
         if (!input.valid() || isDirectory(options.inputFile) || !hold(input.get(), false))
             return nullptr;
+        ::fcntl(input.get(), F_SETFL, 0);
         actions.readFrom(input.get());
     }
     std::string directory = options.currentDirectory;
