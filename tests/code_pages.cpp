@@ -46,25 +46,8 @@ const Page Pages[] = {
     {"", "\x8E\x84\xE1", L"\u017D\u201E\u00E1", "\x9E\x84\xE1", "\x8E\x84\xC1", 3},
 };
 
-TEST(CodePages, convertAndMap)
+void expectBrokenUtf8()
 {
-    const char* const name = std::getenv("MDTOOLS_CODEPAGE");
-    const auto* const page =
-        std::find_if(std::begin(Pages), std::end(Pages),
-                     [name](const Page& p) { return p.name == (name != nullptr ? name : ""); });
-    ASSERT_NE(page, std::end(Pages)) << name;
-    EXPECT_EQ(Tools::toWide(page->text), page->wide);
-    EXPECT_EQ(Tools::toNarrow(page->wide), page->text);
-    EXPECT_EQ(Tools::toLower(page->text), page->lower);
-    EXPECT_EQ(Tools::toUpper(page->text), page->upper);
-    EXPECT_EQ(Tools::Characters::count(page->text), page->characters);
-}
-
-TEST(CodePages, brokenUtf8)
-{
-    const char* const name = std::getenv("MDTOOLS_CODEPAGE");
-    if (name == nullptr || name != std::string_view("65001"))
-        GTEST_SKIP() << "This run has another page.";
     struct Case {
         const char* text;
         const wchar_t* wide;
@@ -90,6 +73,22 @@ TEST(CodePages, brokenUtf8)
               "\xEF\xBF\xBD"
               "a\xEF\xBF\xBD");
     EXPECT_EQ(Tools::toNarrow(L"\u00FF\uFFFF\U0010FFFF"), "\xC3\xBF\xEF\xBF\xBF\xF4\x8F\xBF\xBF");
+}
+
+TEST(CodePages, convertAndMap)
+{
+    const char* const name = std::getenv("MDTOOLS_CODEPAGE");
+    const auto* const page =
+        std::find_if(std::begin(Pages), std::end(Pages),
+                     [name](const Page& p) { return p.name == (name != nullptr ? name : ""); });
+    ASSERT_NE(page, std::end(Pages)) << name;
+    EXPECT_EQ(Tools::toWide(page->text), page->wide);
+    EXPECT_EQ(Tools::toNarrow(page->wide), page->text);
+    EXPECT_EQ(Tools::toLower(page->text), page->lower);
+    EXPECT_EQ(Tools::toUpper(page->text), page->upper);
+    EXPECT_EQ(Tools::Characters::count(page->text), page->characters);
+    if (page->name == "65001")
+        expectBrokenUtf8();
 }
 
 }

@@ -1,17 +1,15 @@
 #include <mdtools/debug_output.h>
 
-#include <mdtools/message_window.h>
 #include <mdtools/registry.h>
 
 #include "diagnostics/date_time.h"
 #include "diagnostics/debug_labels.h"
 #include "diagnostics/debug_sender.h"
 #include "platform/debug_channel.h"
-#include "platform/window.h"
 #include "support/child_process.h"
+#include "support/debug_output_test.h"
 #include "support/module.h"
-#include "support/process_probe.h"
-#include "support/test_receiver.h"
+#include "support/process_state.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -32,27 +30,9 @@ using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 
-using Texts = std::vector<std::string>;
-
-// Each test is a process that has not traced yet.
-class DebugOutput : public ::testing::Test {
-protected:
-    DebugOutput() { Tools::DebugSender::restart(); }
-    ~DebugOutput() override { Tools::DebugSender::end(); }
-};
-
 std::string client()
 {
     return builtProgram("debug_client");
-}
-
-// Of the only sender there was; the own process is one, too.
-Texts texts(const TestReceiver& receiver)
-{
-    Texts result;
-    for (const Piece& piece : receiver.pieces())
-        result.push_back(piece.text);
-    return result;
 }
 
 // Where the system shows the names of shared memory as files; nowhere on Windows.
@@ -310,22 +290,6 @@ TEST_F(DebugOutput, sendsMessagesOfThreadsWhole)
     }
 }
 
-// Waiting for the block that its own thread has taken, such a handler would wait for ever.
-TEST_F(DebugOutput, sendsWhatAWindowTracesMeanwhileAfterwards)
-{
-    if (!handlesMessagesWhileTracing())
-        GTEST_SKIP() << "no window is answered while this system waits for the receiver";
-    constexpr unsigned int Message = Tools::MessageWindow::FirstMessage;
-    Tools::MessageWindow window([](unsigned int) { Tools::debugPrintf("inner\nend"); });
-    const TestReceiver receiver([&](const Piece& piece) {
-        if (piece.text == "outer\n")
-            Tools::Platform::sendMessage(window.handle(), Message);
-    });
-    Tools::debugPrintf("outer\nrest\n");
-    Tools::debugPrintf("next");
-    EXPECT_THAT(texts(receiver), ElementsAre("outer\n", "rest\n", "inner\n", "end", "next"));
-}
-
 TEST_F(DebugOutput, survivesReceiverThatDies)
 {
     Child receiver(client(), {"receive-and-die"});
@@ -372,25 +336,6 @@ TEST_F(DebugOutput, takesOverWhatADeadProcessLeft)
     Tools::DebugSender::restart();
     Tools::debugPrintf("new");
     EXPECT_THAT(texts(receiver), ElementsAre("old", "new"));
-}
-
-TEST_F(DebugOutput, forkedChildSendsUnderItsOwnName)
-{
-    const TestReceiver receiver;
-    Tools::debugPrintf("parent");
-    const long code = runForked([] {
-        Tools::debugPrintf("child");
-        return Tools::DebugReceiver::get()->checkWindow() ? 7 : 8;
-    });
-    if (code < 0)
-        GTEST_SKIP() << "processes do not fork on this system";
-    EXPECT_EQ(code, 7);
-    Tools::debugPrintf("parent again");
-    const std::vector<Piece> pieces = receiver.pieces();
-    ASSERT_THAT(texts(receiver), ElementsAre("parent", "child", "parent again"));
-    EXPECT_NE(pieces[0].sender, pieces[1].sender);
-    EXPECT_EQ(pieces[0].sender, pieces[2].sender);
-    EXPECT_TRUE(hasName("MdDebugTransferMemory", pieces[0].sender));
 }
 
 // A process may end while it traces, and its last traces still arrive.
