@@ -125,6 +125,8 @@ TEST(GirderModel, faults)
         {"length = 8.0", "", "spans[2].length: is missing"},
         {"length = 8.0", "length = -8.0", "spans[2].length: must be greater than 0, but is -8"},
         {"length = 8.0", "length = 1e999", "spans[2].length: is too large a number"},
+        {"8 stiffness = 2.1e4 load = 12.0 )\n  ( length = 8.0",
+         "1e308 stiffness = 2.1e4 load = 0 ) ( length = 1e308", "spans: are too long together"},
         {"length = 8.0", "length = ( )", "spans[2].length: must be a number, but is a record"},
         {"stiffness = 2.1e4", "stiffness = 0", "spans[1].stiffness: must be greater than 0"},
         {"load = 12\n", "load = [ ]", "spans[2].load: must be a number, but is a list"},

@@ -2,8 +2,6 @@
 
 #include <mdtools/mail_process.h>
 
-#include <algorithm>
-
 namespace Girder {
 
 std::string send(const Mail& mail)

@@ -1,6 +1,7 @@
 #include "model_check.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace Girder {
 
@@ -46,12 +47,16 @@ void checkStiffness(const Span& left, const Span& right, const std::string& path
 
 void checkModel(const Model& model, Remarks& remarks)
 {
+    double length = 0.0;
     for (std::size_t i = 0; i < model.spans.size(); ++i) {
+        length += model.spans[i].length;
         const std::string path = itemOf("spans", i);
         checkPointLoads(model.spans[i], path, remarks);
         if (i > 0)
             checkStiffness(model.spans[i - 1], model.spans[i], path, remarks);
     }
+    if (!std::isfinite(length))
+        remarks.error("spans", "are too long together to compute with");
     if (isUnloaded(model))
         remarks.warning("spans", "carry no load at all");
 }

@@ -19,7 +19,7 @@ std::string print(const PrintJob& job)
         return "a path with a double quote cannot be handed to the print tool";
 
     Tools::File::remove(job.parameterFile);
-    Tools::InvokeMdPrint invocation(job.parameterFile);
+    Tools::InvokeMdPrint invocation(tool, job.parameterFile);
     invocation.addASCIIFile(job.listing);
     invocation.setProjectPath(job.projectDirectory);
     invocation.setProjectName(job.title);

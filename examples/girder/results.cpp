@@ -37,7 +37,8 @@ bool Results::isFinite() const
     return isFiniteRange(extremes.moment) && isFiniteRange(extremes.shear) &&
            isFiniteRange(extremes.deflection) &&
            std::all_of(supports.begin(), supports.end(), [](const SupportResult& support) {
-               return std::isfinite(support.reaction) && std::isfinite(support.moment);
+               return std::isfinite(support.x) && std::isfinite(support.reaction) &&
+                      std::isfinite(support.moment);
            });
 }
 
