@@ -1,7 +1,7 @@
 #include <mdtools/debug_output.h>
 #include <mdtools/logger.h>
 
-#include "diagnostics/debug_sender.h"
+#include "trace/debug_sender.h"
 #include "platform/debug_receiver.h"
 
 #include <benchmark/benchmark.h>

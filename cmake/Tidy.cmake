@@ -6,9 +6,9 @@ if(NOT MDTOOLS_CLANG_TIDY OR NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
 endif()
 
 file(GLOB_RECURSE tidySources CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}"
-    text/*.cpp files/*.cpp smart/*.cpp formula/*.cpp settings/*.cpp commands/*.cpp diagnostics/*.cpp
-    threads/*.cpp process/*.cpp format/*.cpp platform/posix/*.cpp siblings/*.cpp tools/*.cpp
-    examples/*.cpp)
+    text/*.cpp store/*.cpp settings/*.cpp versions/*.cpp trace/*.cpp files/*.cpp diagnostics/*.cpp
+    smart/*.cpp formula/*.cpp commands/*.cpp threads/*.cpp process/*.cpp format/*.cpp
+    platform/posix/*.cpp siblings/*.cpp tools/*.cpp examples/*.cpp)
 set(stamps)
 foreach(source IN LISTS tidySources)
     set(stamp "${PROJECT_BINARY_DIR}/tidy/${source}.stamp")

@@ -1,6 +1,6 @@
 #include <mdtools/logger.h>
 
-#include "diagnostics/formatted_text.h"
+#include "trace/formatted_text.h"
 #include "platform/lifetime.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "settings/module_strings.h"
+#include "versions/module_strings.h"
 
 #include <cstdint>
 #include <cstdlib>

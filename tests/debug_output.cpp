@@ -2,9 +2,9 @@
 
 #include <mdtools/registry.h>
 
-#include "diagnostics/date_time.h"
-#include "diagnostics/debug_labels.h"
-#include "diagnostics/debug_sender.h"
+#include "trace/date_time.h"
+#include "trace/debug_labels.h"
+#include "trace/debug_sender.h"
 #include "platform/debug_channel.h"
 #include "support/child_process.h"
 #include "support/debug_output_test.h"

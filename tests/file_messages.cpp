@@ -1,7 +1,7 @@
 #include <mdtools/directory.h>
 #include <mdtools/file.h>
 
-#include "diagnostics/debug_sender.h"
+#include "trace/debug_sender.h"
 #include "support/files.h"
 #include "support/test_receiver.h"
 

@@ -3,7 +3,7 @@
 #include <mdtools/clock.h>
 #include <mdtools/file.h>
 
-#include "diagnostics/debug_sender.h"
+#include "trace/debug_sender.h"
 #include "platform/file_blocks.h"
 #include "support/child_process.h"
 #include "support/process_probe.h"

@@ -1,6 +1,6 @@
 #include <mdtools/debug_output.h>
 
-#include "diagnostics/debug_sender.h"
+#include "trace/debug_sender.h"
 #include "support/child_process.h"
 #include "support/process_probe.h"
 

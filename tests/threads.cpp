@@ -1,7 +1,7 @@
 #include <mdtools/system.h>
 #include <mdtools/threads.h>
 
-#include "diagnostics/debug_sender.h"
+#include "trace/debug_sender.h"
 #include "support/child_process.h"
 #include "support/module.h"
 #include "support/process_state.h"

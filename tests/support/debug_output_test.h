@@ -1,6 +1,6 @@
 #pragma once
 
-#include "diagnostics/debug_sender.h"
+#include "trace/debug_sender.h"
 #include "support/test_receiver.h"
 
 #include <gtest/gtest.h>

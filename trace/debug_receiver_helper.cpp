@@ -1,6 +1,6 @@
 #include <mdtools/debug_output.h>
 
-#include "diagnostics/date_time.h"
+#include "trace/date_time.h"
 
 #include <cstdio>
 

@@ -1,9 +1,9 @@
-#include "platform/posix/registry_cache.h"
+#include "store/hive_cache.h"
 
 #include <ctime>
 #include <utility>
 
-namespace Tools::Platform {
+namespace Tools::Store {
 
 namespace {
 
@@ -22,9 +22,9 @@ std::int64_t milliseconds()
 
 }
 
-RegistryCache::RegistryCache(RegistryDatabase::Place place) : m_database(std::move(place)) {}
+HiveCache::HiveCache(Database::Place place) : m_database(std::move(place)) {}
 
-KeyId RegistryCache::find(KeyId from, KeyNames names)
+KeyId HiveCache::find(KeyId from, Platform::KeyNames names)
 {
     if (!refresh())
         return names.empty() && isEmptyRoot(from) ? RootKey : NoKey;
@@ -35,7 +35,7 @@ KeyId RegistryCache::find(KeyId from, KeyNames names)
     return from;
 }
 
-KeyId RegistryCache::findOrCreate(KeyId from, KeyNames names)
+KeyId HiveCache::findOrCreate(KeyId from, Platform::KeyNames names)
 {
     KeyId key = find(from, names);
     if (key != NoKey || !openFor(from))
@@ -46,7 +46,7 @@ KeyId RegistryCache::findOrCreate(KeyId from, KeyNames names)
     return isCreated ? key : NoKey;
 }
 
-bool RegistryCache::checkFiles()
+bool HiveCache::checkFiles()
 {
     const std::int64_t now = milliseconds();
     if (now < m_nextCheck)
@@ -60,21 +60,21 @@ bool RegistryCache::checkFiles()
 }
 
 // Whatever is asked for next has to pass refreshSlowly(), which opens the database.
-void RegistryCache::close()
+void HiveCache::close()
 {
     m_database.close();
     m_changeNumber = ChangeCounter::Unknown;
 }
 
-bool RegistryCache::refresh()
+bool HiveCache::refresh()
 {
     const std::uint64_t number = m_database.changeNumber();
     return (number == m_changeNumber && number % 2 == 0) || refreshSlowly();
 }
 
-bool RegistryCache::refreshSlowly()
+bool HiveCache::refreshSlowly()
 {
-    if (m_database.open() != RegistryDatabase::State::Open)
+    if (m_database.open() != Database::State::Open)
         return false;
     const std::uint64_t number = m_database.changeNumber();
     const std::int64_t version = m_database.dataVersion();
@@ -92,25 +92,24 @@ bool RegistryCache::refreshSlowly()
 }
 
 // The root is there before anything was ever stored.
-bool RegistryCache::isEmptyRoot(KeyId key)
+bool HiveCache::isEmptyRoot(KeyId key)
 {
-    return key == RootKey && m_database.open() == RegistryDatabase::State::Missing;
+    return key == RootKey && m_database.open() == Database::State::Missing;
 }
 
-bool RegistryCache::openFor(KeyId key)
+bool HiveCache::openFor(KeyId key)
 {
-    return key == RootKey ? m_database.openOrMake()
-                          : m_database.open() == RegistryDatabase::State::Open;
+    return key == RootKey ? m_database.openOrMake() : m_database.open() == Database::State::Open;
 }
 
-void RegistryCache::clear()
+void HiveCache::clear()
 {
     m_keys.clear();
     m_size = 0;
     ++m_epoch;
 }
 
-void RegistryCache::reserve(std::size_t size)
+void HiveCache::reserve(std::size_t size)
 {
     if (m_size + size > MaximumSize)
         clear();
@@ -119,20 +118,20 @@ void RegistryCache::reserve(std::size_t size)
 
 // After a change of our own all else that is known is right still, unless another process has made
 // one meanwhile.
-void RegistryCache::adopt(RegistryDatabase::Change change)
+void HiveCache::adopt(Database::Change change)
 {
     const bool isOurs = change.before % 2 == 0 && change.before == m_changeNumber;
     m_changeNumber = isOurs ? change.after : ChangeCounter::Unknown;
 }
 
-void RegistryCache::forgetValues(Key& key)
+void HiveCache::forgetValues(Key& key)
 {
     KnownKey& entry = known(key);
     entry.values.clear();
     entry.valueNames.reset();
 }
 
-RegistryCache::KnownKey& RegistryCache::known(Key& key)
+HiveCache::KnownKey& HiveCache::known(Key& key)
 {
     if (key.epoch != m_epoch) {
         key.known = &m_keys[key.id];
@@ -141,7 +140,7 @@ RegistryCache::KnownKey& RegistryCache::known(Key& key)
     return *key.known;
 }
 
-KeyId RegistryCache::subkey(KeyId parent, std::string_view name)
+KeyId HiveCache::subkey(KeyId parent, std::string_view name)
 {
     const auto entry = m_keys.find(parent);
     if (entry != m_keys.end()) {
@@ -157,14 +156,14 @@ KeyId RegistryCache::subkey(KeyId parent, std::string_view name)
     return key;
 }
 
-bool RegistryCache::exists(KeyId key)
+bool HiveCache::exists(KeyId key)
 {
     KnownKey& entry = m_keys[key];
     entry.exists = entry.exists || m_database.keyExists(key);
     return entry.exists;
 }
 
-const StoredValue* RegistryCache::value(Key& key, std::string_view name)
+const StoredValue* HiveCache::value(Key& key, std::string_view name)
 {
     if (!refresh())
         return nullptr;
@@ -173,7 +172,7 @@ const StoredValue* RegistryCache::value(Key& key, std::string_view name)
     return found != entry.values.end() ? &found->second : readValue(key, name);
 }
 
-const StoredValue* RegistryCache::readValue(Key& key, std::string_view name)
+const StoredValue* HiveCache::readValue(Key& key, std::string_view name)
 {
     StoredValue value;
     if (!m_database.readValue(key.id, name, value))
@@ -182,8 +181,8 @@ const StoredValue* RegistryCache::readValue(Key& key, std::string_view name)
     return &known(key).values.emplace(name, std::move(value)).first->second;
 }
 
-bool RegistryCache::writeValue(Key& key, std::string_view name, std::uint32_t kind,
-                               std::string_view data)
+bool HiveCache::writeValue(Key& key, std::string_view name, std::uint32_t kind,
+                           std::string_view data)
 {
     if (!openFor(key.id))
         return false;
@@ -193,7 +192,7 @@ bool RegistryCache::writeValue(Key& key, std::string_view name, std::uint32_t ki
     return isWritten;
 }
 
-bool RegistryCache::removeValue(Key& key, std::string_view name)
+bool HiveCache::removeValue(Key& key, std::string_view name)
 {
     if (!refresh())
         return false;
@@ -203,7 +202,7 @@ bool RegistryCache::removeValue(Key& key, std::string_view name)
     return isRemoved;
 }
 
-bool RegistryCache::removeTree(KeyId key)
+bool HiveCache::removeTree(KeyId key)
 {
     if (key == RootKey || !refresh())
         return false;
@@ -213,17 +212,17 @@ bool RegistryCache::removeTree(KeyId key)
     return isRemoved;
 }
 
-const std::vector<std::string>* RegistryCache::valueNames(Key& key)
+const std::vector<std::string>* HiveCache::valueNames(Key& key)
 {
-    return names(key, &KnownKey::valueNames, &RegistryDatabase::listValues);
+    return names(key, &KnownKey::valueNames, &Database::listValues);
 }
 
-const std::vector<std::string>* RegistryCache::subkeyNames(Key& key)
+const std::vector<std::string>* HiveCache::subkeyNames(Key& key)
 {
-    return names(key, &KnownKey::subkeyNames, &RegistryDatabase::listSubkeys);
+    return names(key, &KnownKey::subkeyNames, &Database::listSubkeys);
 }
 
-const std::vector<std::string>* RegistryCache::names(Key& key, Names KnownKey::*kind, List list)
+const std::vector<std::string>* HiveCache::names(Key& key, Names KnownKey::*kind, List list)
 {
     if (!refresh())
         return isEmptyRoot(key.id) ? &m_noNames : nullptr;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/posix/change_counter.h"
 #include "platform/registry_store.h"
+#include "store/change_counter.h"
 
 #include <array>
 #include <cstdint>
@@ -14,7 +14,7 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
-namespace Tools::Platform {
+namespace Tools::Store {
 
 using KeyId = std::int64_t;
 constexpr KeyId NoKey = 0;
@@ -29,7 +29,7 @@ struct StoredValue {
 // The keys and values of one hive in a SQLite database. A key is a row, found by the number of its
 // parent and its name without case. Numbers are never used again, not even by a database that takes
 // the place of this one: that of a deleted key names nothing for ever. For one thread at a time.
-class RegistryDatabase {
+class Database {
 public:
     struct Place {
         // Empty if there is no place for the database.
@@ -47,10 +47,10 @@ public:
         std::uint64_t after = ChangeCounter::Unknown;
     };
 
-    explicit RegistryDatabase(Place place);
-    ~RegistryDatabase();
-    RegistryDatabase(const RegistryDatabase&) = delete;
-    RegistryDatabase& operator=(const RegistryDatabase&) = delete;
+    explicit Database(Place place);
+    ~Database();
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
 
     // Opens the database unless it is open. Whatever is not a database of this kind is left alone.
     State open();
@@ -76,7 +76,7 @@ public:
     bool keyExists(KeyId key);
 
     // Each is one change: all of it or nothing.
-    bool createKeys(KeyId from, KeyNames names, KeyId& key);
+    bool createKeys(KeyId from, Platform::KeyNames names, KeyId& key);
     bool writeValue(KeyId key, std::string_view name, std::uint32_t kind, std::string_view data);
     bool removeValue(KeyId key, std::string_view name);
     bool removeTree(KeyId key);

@@ -1,9 +1,9 @@
-#include "diagnostics/debug_labels.h"
+#include "trace/debug_labels.h"
 
 #include <mdtools/registry.h>
 #include <mdtools/strings.h>
 
-#include "diagnostics/debug_sender.h"
+#include "trace/debug_sender.h"
 
 #include <atomic>
 #include <memory>

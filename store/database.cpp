@@ -1,6 +1,6 @@
-#include "platform/posix/registry_database.h"
+#include "store/database.h"
 
-#include "platform/posix/store_file.h"
+#include "store/store_file.h"
 #include "text/code_page.h"
 
 #include <mdtools/strings.h>
@@ -15,7 +15,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace Tools::Platform {
+namespace Tools::Store {
 
 namespace {
 
@@ -105,7 +105,7 @@ bool setNumber(sqlite3* connection, const std::string& pragma, std::int64_t numb
 }
 
 // One use of a prepared statement: parameters in their order, then rows.
-class RegistryDatabase::Query {
+class Database::Query {
     // In the order of the enumeration.
     static constexpr const char* Texts[StatementCount] = {
         "PRAGMA data_version",
@@ -126,7 +126,7 @@ class RegistryDatabase::Query {
     };
 
 public:
-    Query(RegistryDatabase& database, Statement statement)
+    Query(Database& database, Statement statement)
     {
         sqlite3_stmt*& prepared = database.m_statements[statement];
         if (prepared == nullptr && database.m_connection != nullptr)
@@ -186,14 +186,14 @@ private:
     int m_result = SQLITE_OK;
 };
 
-RegistryDatabase::RegistryDatabase(Place place) : m_place(std::move(place)) {}
+Database::Database(Place place) : m_place(std::move(place)) {}
 
-RegistryDatabase::~RegistryDatabase()
+Database::~Database()
 {
     close();
 }
 
-RegistryDatabase::FileId::FileId(const std::string& path)
+Database::FileId::FileId(const std::string& path)
 {
     struct stat info {};
     if (path.empty() || ::stat(path.c_str(), &info) != 0)
@@ -202,7 +202,7 @@ RegistryDatabase::FileId::FileId(const std::string& path)
     inode = info.st_ino;
 }
 
-RegistryDatabase::State RegistryDatabase::open()
+Database::State Database::open()
 {
     if (m_connection != nullptr)
         return State::Open;
@@ -222,7 +222,7 @@ RegistryDatabase::State RegistryDatabase::open()
     return State::Open;
 }
 
-bool RegistryDatabase::openFile()
+bool Database::openFile()
 {
     // A file that may not be written is opened for reading only.
     if (sqlite3_open_v2(databaseFile().c_str(), &m_connection,
@@ -240,7 +240,7 @@ bool RegistryDatabase::openFile()
            readNumber(m_connection, "PRAGMA user_version") == FormatVersion;
 }
 
-bool RegistryDatabase::openOrMake()
+bool Database::openOrMake()
 {
     State state = open();
     if (state == State::Missing && make())
@@ -250,7 +250,7 @@ bool RegistryDatabase::openOrMake()
 
 // The database is filled under another name: under its own it is there completely or not at all,
 // whoever else makes it at the same time or is killed on the way.
-bool RegistryDatabase::make()
+bool Database::make()
 {
     if (!makeStoreDirectory(m_place.directory, m_place.directoryMode))
         return false;
@@ -263,7 +263,7 @@ bool RegistryDatabase::make()
     return isThere;
 }
 
-bool RegistryDatabase::fill(const std::string& path) const
+bool Database::fill(const std::string& path) const
 {
     sqlite3* connection = nullptr;
     const bool isFilled =
@@ -276,7 +276,7 @@ bool RegistryDatabase::fill(const std::string& path) const
     return sqlite3_close(connection) == SQLITE_OK && isFilled;
 }
 
-void RegistryDatabase::close()
+void Database::close()
 {
     for (sqlite3_stmt*& statement : m_statements)
         sqlite3_finalize(std::exchange(statement, nullptr));
@@ -287,19 +287,19 @@ void RegistryDatabase::close()
     sqlite3_close(std::exchange(m_connection, nullptr));
 }
 
-bool RegistryDatabase::isExchanged() const
+bool Database::isExchanged() const
 {
     return m_connection != nullptr &&
            !(FileId(databaseFile()) == m_databaseId && FileId(counterFile()) == m_counterId);
 }
 
-std::int64_t RegistryDatabase::dataVersion()
+std::int64_t Database::dataVersion()
 {
     Query query(*this, DataVersion);
     return query.next() ? query.number(0) : -1;
 }
 
-bool RegistryDatabase::findKey(KeyId parent, std::string_view name, KeyId& key)
+bool Database::findKey(KeyId parent, std::string_view name, KeyId& key)
 {
     const std::string folded = fold(name);
     Query query(*this, FindKey);
@@ -307,7 +307,7 @@ bool RegistryDatabase::findKey(KeyId parent, std::string_view name, KeyId& key)
     return !query.failed();
 }
 
-bool RegistryDatabase::readValue(KeyId key, std::string_view name, StoredValue& value)
+bool Database::readValue(KeyId key, std::string_view name, StoredValue& value)
 {
     const std::string folded = fold(name);
     Query query(*this, ReadValue);
@@ -319,17 +319,17 @@ bool RegistryDatabase::readValue(KeyId key, std::string_view name, StoredValue& 
     return !query.failed();
 }
 
-bool RegistryDatabase::listSubkeys(KeyId key, std::vector<std::string>& names)
+bool Database::listSubkeys(KeyId key, std::vector<std::string>& names)
 {
     return list(ListKeys, key, names);
 }
 
-bool RegistryDatabase::listValues(KeyId key, std::vector<std::string>& names)
+bool Database::listValues(KeyId key, std::vector<std::string>& names)
 {
     return list(ListValues, key, names);
 }
 
-bool RegistryDatabase::list(Statement statement, KeyId key, std::vector<std::string>& names)
+bool Database::list(Statement statement, KeyId key, std::vector<std::string>& names)
 {
     if (!keyExists(key))
         return false;
@@ -340,13 +340,13 @@ bool RegistryDatabase::list(Statement statement, KeyId key, std::vector<std::str
     return !query.failed();
 }
 
-bool RegistryDatabase::keyExists(KeyId key)
+bool Database::keyExists(KeyId key)
 {
     Query query(*this, KeyExists);
     return query.with(key).next();
 }
 
-bool RegistryDatabase::createKeys(KeyId from, KeyNames names, KeyId& key)
+bool Database::createKeys(KeyId from, Platform::KeyNames names, KeyId& key)
 {
     if (!run(Begin))
         return false;
@@ -356,7 +356,7 @@ bool RegistryDatabase::createKeys(KeyId from, KeyNames names, KeyId& key)
     return commit(key != NoKey);
 }
 
-KeyId RegistryDatabase::findOrInsert(KeyId parent, std::string_view name)
+KeyId Database::findOrInsert(KeyId parent, std::string_view name)
 {
     KeyId key = NoKey;
     if (!findKey(parent, name, key))
@@ -369,8 +369,8 @@ KeyId RegistryDatabase::findOrInsert(KeyId parent, std::string_view name)
     return isInserted ? sqlite3_last_insert_rowid(m_connection) : NoKey;
 }
 
-bool RegistryDatabase::writeValue(KeyId key, std::string_view name, std::uint32_t kind,
-                                  std::string_view data)
+bool Database::writeValue(KeyId key, std::string_view name, std::uint32_t kind,
+                          std::string_view data)
 {
     const std::string folded = fold(name);
     const auto write = [&](Statement statement) {
@@ -384,14 +384,14 @@ bool RegistryDatabase::writeValue(KeyId key, std::string_view name, std::uint32_
     return write(UpdateValue) || write(InsertValue);
 }
 
-bool RegistryDatabase::removeValue(KeyId key, std::string_view name)
+bool Database::removeValue(KeyId key, std::string_view name)
 {
     const std::string folded = fold(name);
     Query query(*this, RemoveValue);
     return query.with(key).with(folded).finish() && sqlite3_changes(m_connection) > 0;
 }
 
-bool RegistryDatabase::removeTree(KeyId key)
+bool Database::removeTree(KeyId key)
 {
     if (!run(Begin))
         return false;
@@ -400,12 +400,12 @@ bool RegistryDatabase::removeTree(KeyId key)
     return commit(isRemoved);
 }
 
-bool RegistryDatabase::run(Statement statement)
+bool Database::run(Statement statement)
 {
     return Query(*this, statement).finish();
 }
 
-bool RegistryDatabase::commit(bool isComplete)
+bool Database::commit(bool isComplete)
 {
     if (isComplete && run(Commit))
         return true;
@@ -414,14 +414,14 @@ bool RegistryDatabase::commit(bool isComplete)
 }
 
 // The database is locked for writing here, and nothing of the change can be seen yet.
-int RegistryDatabase::beforeCommit(void* database)
+int Database::beforeCommit(void* database)
 {
-    auto* self = static_cast<RegistryDatabase*>(database);
+    auto* self = static_cast<Database*>(database);
     self->m_numberBefore = self->m_counter.begin();
     return 0;
 }
 
-RegistryDatabase::Change RegistryDatabase::finishChange()
+Database::Change Database::finishChange()
 {
     Change change;
     change.before = std::exchange(m_numberBefore, ChangeCounter::Unknown);

@@ -1,7 +1,7 @@
 #include <mdtools/debug_output.h>
 
-#include "diagnostics/debug_labels.h"
-#include "diagnostics/debug_sender.h"
+#include "trace/debug_labels.h"
+#include "trace/debug_sender.h"
 
 namespace Tools {
 

@@ -1,10 +1,10 @@
-#include "platform/posix/recent_values.h"
+#include "store/recent_values.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
 
-namespace Tools::Platform {
+namespace Tools::Store {
 
 namespace {
 
@@ -55,7 +55,7 @@ std::size_t RecentValues::placeOf(Word key, const Words<NameWords>& name)
 }
 
 bool RecentValues::read(KeyHandle key, std::string_view name, bool& exists,
-                        ValueReceiver& receiver) const
+                        Platform::ValueReceiver& receiver) const
 {
     if (name.size() > NameWords * sizeof(Word))
         return false;

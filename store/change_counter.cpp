@@ -1,6 +1,6 @@
-#include "platform/posix/change_counter.h"
+#include "store/change_counter.h"
 
-#include "platform/posix/store_file.h"
+#include "store/store_file.h"
 
 #include <atomic>
 
@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace Tools::Platform {
+namespace Tools::Store {
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "diagnostics/formatted_text.h"
+#include "trace/formatted_text.h"
 
 #include <cstdio>
 

@@ -4,7 +4,7 @@
 #include <mdtools/strings.h>
 
 #include "platform/module.h"
-#include "settings/module_strings.h"
+#include "versions/module_strings.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,9 +1,9 @@
-#include "diagnostics/debug_sender.h"
+#include "trace/debug_sender.h"
 
-#include "diagnostics/debug_labels.h"
-#include "diagnostics/formatted_text.h"
 #include "platform/debug_channel.h"
 #include "platform/lifetime.h"
+#include "trace/debug_labels.h"
+#include "trace/formatted_text.h"
 
 #include <cstring>
 #include <string>

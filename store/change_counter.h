@@ -5,7 +5,7 @@
 
 #include <sys/types.h>
 
-namespace Tools::Platform {
+namespace Tools::Store {
 
 // A number in a small file that every process maps: it moves on with each change of the database
 // beside it, so that a process can tell without a system call that nothing has changed since its

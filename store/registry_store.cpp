@@ -2,9 +2,9 @@
 
 #include "platform/environment.h"
 #include "platform/known_folders.h"
-#include "platform/posix/recent_values.h"
-#include "platform/posix/registry_cache.h"
 #include "platform/unload.h"
+#include "store/hive_cache.h"
+#include "store/recent_values.h"
 
 #include <array>
 #include <filesystem>
@@ -15,7 +15,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace Tools::Platform {
+namespace Tools::Store {
 
 namespace {
 
@@ -24,12 +24,12 @@ namespace {
 class OpenKeys {
 public:
     struct Entry {
-        RegistryCache* hive = nullptr;
-        RegistryCache::Key key;
+        HiveCache* hive = nullptr;
+        HiveCache::Key key;
         std::uint32_t use = 1;
     };
 
-    KeyHandle add(RegistryCache* hive, KeyId key)
+    KeyHandle add(HiveCache* hive, KeyId key)
     {
         if (hive == nullptr || key == NoKey)
             return nullptr;
@@ -41,7 +41,7 @@ public:
         m_free.pop_back();
         Entry& entry = m_entries[index];
         entry.hive = hive;
-        entry.key = RegistryCache::Key();
+        entry.key = HiveCache::Key();
         entry.key.id = key;
         return reinterpret_cast<KeyHandle>(std::uintptr_t{entry.use} << 32 | (index + 1));
     }
@@ -76,7 +76,7 @@ std::string directoryOfAll()
 {
     std::string path;
     std::error_code error;
-    if (readVariable("MDTOOLS_REGISTRY_DIR", path) && !path.empty())
+    if (Platform::readVariable("MDTOOLS_REGISTRY_DIR", path) && !path.empty())
         path = std::filesystem::absolute(path, error).string();
     return path;
 }
@@ -84,7 +84,7 @@ std::string directoryOfAll()
 // Empty if the user has no place for it.
 std::string userDirectory()
 {
-    const std::string data = applicationDataDirectory();
+    const std::string data = Platform::applicationDataDirectory();
     return data.empty() ? data : data + "/Meroda";
 }
 
@@ -92,26 +92,26 @@ constexpr mode_t OwnerOnly = S_IRUSR | S_IWUSR;
 constexpr mode_t ReadableByAll = OwnerOnly | S_IRGRP | S_IROTH;
 constexpr mode_t OpenToAll = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
 
-RegistryDatabase::Place userPlace(const std::string& directory, const std::string& name)
+Database::Place userPlace(const std::string& directory, const std::string& name)
 {
     return {directory.empty() ? userDirectory() : directory, name, S_IRWXU, OwnerOnly, true};
 }
 
-RegistryDatabase::Place machinePlace(const std::string& directory, const std::string& name)
+Database::Place machinePlace(const std::string& directory, const std::string& name)
 {
     return {directory.empty() ? "/etc/meroda" : directory, name, OpenToAll, ReadableByAll, false};
 }
 
 // Everything that a process holds of the store, from its first use until the library is unloaded.
-class Store {
+class Hives {
 public:
-    static Store& get()
+    static Hives& get()
     {
-        static Store* store = make();
+        static Hives* store = make();
         return *store;
     }
 
-    RegistryCache* hive(int number)
+    HiveCache* hive(int number)
     {
         const bool isKnown = number >= 0 && number < static_cast<int>(m_hives.size());
         return isKnown ? &m_hives[static_cast<std::size_t>(number)] : nullptr;
@@ -122,50 +122,50 @@ public:
     OpenKeys keys;
 
 private:
-    explicit Store(const std::string& directory)
-        : m_hives{RegistryCache(machinePlace(directory, "machine")),
-                  RegistryCache(userPlace(directory, "user")),
-                  RegistryCache(machinePlace(directory, "classes"))}
+    explicit Hives(const std::string& directory)
+        : m_hives{HiveCache(machinePlace(directory, "machine")),
+                  HiveCache(userPlace(directory, "user")),
+                  HiveCache(machinePlace(directory, "classes"))}
     {}
 
-    static Store* make()
+    static Hives* make()
     {
-        auto* store = new Store(directoryOfAll());
+        auto* store = new Hives(directoryOfAll());
         ::pthread_atfork(beforeFork, afterFork, afterFork);
-        atUnload(release);
+        Platform::atUnload(release);
         return store;
     }
 
     // At the end of the process keys may still be in use, and the system closes all by itself.
     static void release()
     {
-        if (!processEnds())
+        if (!Platform::processEnds())
             delete &get();
     }
 
     // A database that a child process inherits open would be damaged by the two.
     static void beforeFork()
     {
-        Store& store = get();
+        Hives& store = get();
         store.mutex.lock();
-        for (RegistryCache& hive : store.m_hives)
+        for (HiveCache& hive : store.m_hives)
             hive.close();
     }
 
     static void afterFork() { get().mutex.unlock(); }
 
-    std::array<RegistryCache, 3> m_hives;
+    std::array<HiveCache, 3> m_hives;
 };
 
 // The store for as long as a call takes.
 class LockedStore {
 public:
-    LockedStore() : m_store(Store::get()), m_lock(m_store.mutex) {}
+    LockedStore() : m_store(Hives::get()), m_lock(m_store.mutex) {}
 
-    RegistryCache* hive(int number) { return m_store.hive(number); }
+    HiveCache* hive(int number) { return m_store.hive(number); }
     OpenKeys& keys() { return m_store.keys; }
 
-    KeyHandle open(RegistryCache* hive, KeyId from, KeyNames names, bool create)
+    KeyHandle open(HiveCache* hive, KeyId from, Platform::KeyNames names, bool create)
     {
         if (hive == nullptr)
             return nullptr;
@@ -176,7 +176,7 @@ public:
         return keys().add(hive, create ? hive->findOrCreate(from, names) : hive->find(from, names));
     }
 
-    void remember(KeyHandle key, const RegistryCache& hive, const std::string& name,
+    void remember(KeyHandle key, const HiveCache& hive, const std::string& name,
                   const StoredValue& value)
     {
         if (hive.changeNumber() != ChangeCounter::Unknown)
@@ -184,7 +184,7 @@ public:
     }
 
 private:
-    Store& m_store;
+    Hives& m_store;
     std::lock_guard<std::mutex> m_lock;
 };
 
@@ -215,6 +215,12 @@ Names subkeyNames(OpenKeys::Entry* entry)
 
 }
 
+}
+
+namespace Tools::Platform {
+
+using namespace Store;
+
 KeyHandle openKey(int hive, KeyNames names, bool create)
 {
     LockedStore store;
@@ -236,7 +242,7 @@ void closeKey(KeyHandle key)
 bool readValue(KeyHandle key, const std::string& name, ValueReceiver& receiver)
 {
     bool exists = false;
-    if (Store::get().recent.read(key, name, exists, receiver))
+    if (Hives::get().recent.read(key, name, exists, receiver))
         return exists;
     LockedStore store;
     OpenKeys::Entry* entry = store.keys().find(key);

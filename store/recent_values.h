@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/posix/registry_database.h"
+#include "store/database.h"
 
 #include <mdtools/platform_types.h>
 
@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace Tools::Platform {
+namespace Tools::Store {
 
 // The small values that were read last through each handle, for reading without a lock: programs
 // ask for the same few settings again and again. An entry holds good while the change counter that
@@ -18,7 +18,8 @@ namespace Tools::Platform {
 class RecentValues {
 public:
     // False if nothing is known of the value now; it may be known not to exist, too.
-    bool read(KeyHandle key, std::string_view name, bool& exists, ValueReceiver& receiver) const;
+    bool read(KeyHandle key, std::string_view name, bool& exists,
+              Platform::ValueReceiver& receiver) const;
 
     // The counter must stay readable for ever, and the number be one at which the value is right.
     void store(KeyHandle key, std::string_view name, const StoredValue& value,

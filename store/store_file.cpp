@@ -1,4 +1,4 @@
-#include "platform/posix/store_file.h"
+#include "store/store_file.h"
 
 #include <cerrno>
 
@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace Tools::Platform {
+namespace Tools::Store {
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/posix/registry_database.h"
+#include "store/database.h"
 
 #include <functional>
 #include <optional>
@@ -9,12 +9,12 @@
 #include <unordered_map>
 #include <vector>
 
-namespace Tools::Platform {
+namespace Tools::Store {
 
 // One hive: its database, and what was read from it. What was read is served again as long as the
 // change counter stands still; when nothing can be told from that, SQLite is asked whether another
 // process has changed anything. For one thread at a time.
-class RegistryCache {
+class HiveCache {
     struct TextHash {
         using is_transparent = void;
         std::size_t operator()(std::string_view text) const
@@ -44,12 +44,12 @@ public:
         std::uint64_t epoch = 0;
     };
 
-    explicit RegistryCache(RegistryDatabase::Place place);
+    explicit HiveCache(Database::Place place);
 
     // The key at the end of the names, or NoKey. While there is no database there is just the root;
     // below one that cannot be used there is nothing.
-    KeyId find(KeyId from, KeyNames names);
-    KeyId findOrCreate(KeyId from, KeyNames names);
+    KeyId find(KeyId from, Platform::KeyNames names);
+    KeyId findOrCreate(KeyId from, Platform::KeyNames names);
 
     // True if other files stand in the place of the old ones by now: what was read is of no more
     // use. Looks only now and then, which is often enough.
@@ -73,7 +73,7 @@ public:
     void close();
 
 private:
-    using List = bool (RegistryDatabase::*)(KeyId key, std::vector<std::string>& names);
+    using List = bool (Database::*)(KeyId key, std::vector<std::string>& names);
 
     bool refresh();
     bool refreshSlowly();
@@ -81,7 +81,7 @@ private:
     bool openFor(KeyId key);
     void clear();
     void reserve(std::size_t size);
-    void adopt(RegistryDatabase::Change change);
+    void adopt(Database::Change change);
     void forgetValues(Key& key);
     KnownKey& known(Key& key);
     KeyId subkey(KeyId parent, std::string_view name);
@@ -89,7 +89,7 @@ private:
     const StoredValue* readValue(Key& key, std::string_view name);
     const std::vector<std::string>* names(Key& key, Names KnownKey::*kind, List list);
 
-    RegistryDatabase m_database;
+    Database m_database;
     std::unordered_map<KeyId, KnownKey> m_keys;
     std::size_t m_size = 0;
     std::vector<std::string> m_noNames;

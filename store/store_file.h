@@ -5,7 +5,7 @@
 #include <sys/types.h>
 
 // The files of a settings store, made with exactly the rights that they shall have.
-namespace Tools::Platform {
+namespace Tools::Store {
 
 // Opens for reading and writing, and makes the file if it is missing; -1 on failure.
 int openStoreFile(const std::string& path, mode_t mode);
