@@ -1,16 +1,14 @@
 #include "store/database.h"
 
-#include "store/store_file.h"
-#include "text/code_page.h"
+#include "store/database_files.h"
 
 #include <mdtools/strings.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <thread>
 #include <utility>
 
+#include <fcntl.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,10 +20,6 @@ namespace {
 // Tells a settings database from any other one.
 constexpr std::int64_t ApplicationId = 0x4D645265;
 constexpr std::int64_t FormatVersion = 1;
-
-// Everyone waits for everyone; only one that was stopped for good makes the others give up.
-constexpr std::chrono::seconds Patience{60};
-constexpr std::chrono::microseconds Pause{500};
 
 // Settings are small: small pages are written and checked faster.
 constexpr std::int64_t PageSize = 1024;
@@ -87,14 +81,12 @@ bool execute(sqlite3* connection, const std::string& text)
     return sqlite3_exec(connection, text.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
-// SQLite's own handler looks less and less often, and may miss for a long time the short moments in
-// which a busy writer lets others in.
-int waitForOthers(void*, int count)
+// Somebody else is in the way, for a moment in all likelihood. A reader that found the log between
+// two states again and again gives it up as a breach of protocol.
+bool isTransient(int result)
 {
-    if (count >= Patience / Pause)
-        return 0;
-    std::this_thread::sleep_for(Pause);
-    return 1;
+    const int kind = result & 0xFF;
+    return kind == SQLITE_BUSY || kind == SQLITE_PROTOCOL;
 }
 
 bool setNumber(sqlite3* connection, const std::string& pragma, std::int64_t number)
@@ -126,12 +118,12 @@ class Database::Query {
     };
 
 public:
-    Query(Database& database, Statement statement)
+    Query(Database& database, Statement statement) : m_database(database)
     {
         sqlite3_stmt*& prepared = database.m_statements[statement];
         if (prepared == nullptr && database.m_connection != nullptr)
-            sqlite3_prepare_v3(database.m_connection, Texts[statement], -1,
-                               SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
+            m_preparation = sqlite3_prepare_v3(database.m_connection, Texts[statement], -1,
+                                               SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
         m_statement = prepared;
     }
     ~Query() { sqlite3_reset(m_statement); }
@@ -152,10 +144,11 @@ public:
         return *this;
     }
 
-    // Goes to the next row; false behind the last one and on failure.
+    // Goes to the next row; false after the last one and on failure.
     bool next()
     {
-        m_result = m_statement != nullptr ? sqlite3_step(m_statement) : SQLITE_ERROR;
+        m_result = m_statement != nullptr ? sqlite3_step(m_statement) : m_preparation;
+        m_database.m_isBusy = m_database.m_isBusy || isTransient(m_result);
         return m_result == SQLITE_ROW;
     }
 
@@ -181,7 +174,10 @@ public:
     }
 
 private:
+    Database& m_database;
     sqlite3_stmt* m_statement = nullptr;
+    // SQLite reads the schema with the first statement, which may fail as any reading does.
+    int m_preparation = SQLITE_ERROR;
     int m_bound = 0;
     int m_result = SQLITE_OK;
 };
@@ -193,17 +189,11 @@ Database::~Database()
     close();
 }
 
-Database::FileId::FileId(const std::string& path)
-{
-    struct stat info {};
-    if (path.empty() || ::stat(path.c_str(), &info) != 0)
-        return;
-    device = info.st_dev;
-    inode = info.st_ino;
-}
-
 Database::State Database::open()
 {
+    // The map of a log's index that somebody cut short must not be touched any more.
+    if (m_connection != nullptr && !isIndexWhole(m_connection))
+        close();
     if (m_connection != nullptr)
         return State::Open;
     struct stat info {};
@@ -211,86 +201,96 @@ Database::State Database::open()
         return State::Unusable;
     if (::stat(databaseFile().c_str(), &info) != 0)
         return errno == ENOENT || errno == ENOTDIR ? State::Missing : State::Unusable;
-    if (!S_ISREG(info.st_mode) || !openFile()) {
+    m_file = fileId(databaseFile());
+    if (!S_ISREG(info.st_mode) || !m_counter.open(databaseFile(), ChangeCounter::Missing::Make) ||
+        !openFile()) {
         close();
         return State::Unusable;
     }
     ++m_opening;
-    m_counter.open(counterFile(), m_place.fileMode);
-    m_databaseId = FileId(databaseFile());
-    m_counterId = FileId(counterFile());
     return State::Open;
+}
+
+Database::State Database::openForChange()
+{
+    const State state = open();
+    const bool isRefused = state == State::Open && sqlite3_db_readonly(m_connection, "main") == 1;
+    if (!isRefused || ::faccessat(AT_FDCWD, databaseFile().c_str(), R_OK | W_OK, AT_EACCESS) != 0)
+        return state;
+    close();
+    return open();
 }
 
 bool Database::openFile()
 {
-    // A file that may not be written is opened for reading only.
-    if (sqlite3_open_v2(databaseFile().c_str(), &m_connection,
-                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) != SQLITE_OK)
+    const char* files = databaseFiles();
+    if (files == nullptr)
         return false;
-    sqlite3_busy_handler(m_connection, waitForOthers, nullptr);
+    const int result = sqlite3_open_v2(databaseFile().c_str(), &m_connection,
+                                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, files);
+    if (result != SQLITE_OK)
+        return false;
     sqlite3_db_config(m_connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(m_connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-    // What was committed survives the process. A write-ahead log needs no more than that to stay
-    // sound when the power fails, too; a rollback journal needs SQLite's full care.
-    if (m_place.hasWriteAheadLog && !execute(m_connection, "PRAGMA synchronous = NORMAL"))
-        return false;
+    // Others may be about to open the database, and some may only read: the log stays for them.
+    sqlite3_db_config(m_connection, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     sqlite3_commit_hook(m_connection, beforeCommit, this);
-    return readNumber(m_connection, "PRAGMA application_id") == ApplicationId &&
-           readNumber(m_connection, "PRAGMA user_version") == FormatVersion;
+    // What was committed survives the process, and a write-ahead log needs no more than that to
+    // stay sound when the power fails, too.
+    const bool isOurs =
+        execute(m_connection, "PRAGMA synchronous = NORMAL; PRAGMA temp_store = MEMORY") &&
+        readNumber(m_connection, "PRAGMA application_id") == ApplicationId &&
+        readNumber(m_connection, "PRAGMA user_version") == FormatVersion;
+    m_isBusy = m_isBusy || isTransient(sqlite3_errcode(m_connection));
+    return isOurs;
 }
 
 bool Database::openOrMake()
 {
-    State state = open();
+    State state = openForChange();
     if (state == State::Missing && make())
-        state = open();
+        state = openForChange();
     return state == State::Open;
 }
 
-// The database is filled under another name: under its own it is there completely or not at all,
-// whoever else makes it at the same time or is killed on the way.
-bool Database::make()
+// The database is complete when it gets its name: it is there as a whole or not at all, whoever
+// else makes it at the same time or is killed on the way.
+bool Database::make() const
 {
-    if (!makeStoreDirectory(m_place.directory, m_place.directoryMode))
-        return false;
-    const std::string beside = makeStoreFileBeside(databaseFile(), m_place.fileMode);
-    if (beside.empty())
-        return false;
-    const bool isThere =
-        fill(beside) && (::link(beside.c_str(), databaseFile().c_str()) == 0 || errno == EEXIST);
-    ::unlink(beside.c_str());
-    return isThere;
-}
-
-bool Database::fill(const std::string& path) const
-{
+    // The two bytes that say that a database has a write-ahead log.
+    constexpr std::size_t LogMark = 18;
     sqlite3* connection = nullptr;
-    const bool isFilled =
-        sqlite3_open_v2(path.c_str(), &connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX,
-                        nullptr) == SQLITE_OK &&
-        setNumber(connection, "page_size", PageSize) && execute(connection, "BEGIN") &&
-        execute(connection, Schema) && setNumber(connection, "application_id", ApplicationId) &&
-        setNumber(connection, "user_version", FormatVersion) && execute(connection, "COMMIT") &&
-        (!m_place.hasWriteAheadLog || execute(connection, "PRAGMA journal_mode = WAL"));
-    return sqlite3_close(connection) == SQLITE_OK && isFilled;
+    sqlite3_int64 size = 0;
+    unsigned char* bytes = nullptr;
+    if (sqlite3_open(":memory:", &connection) == SQLITE_OK &&
+        setNumber(connection, "page_size", PageSize) && execute(connection, Schema) &&
+        setNumber(connection, "application_id", ApplicationId) &&
+        setNumber(connection, "user_version", FormatVersion))
+        bytes = sqlite3_serialize(connection, "main", &size, 0);
+    bool isThere = false;
+    if (bytes != nullptr) {
+        bytes[LogMark] = bytes[LogMark + 1] = 2;
+        isThere = makeStoreDirectory(m_place.directory, m_place.directoryMode) &&
+                  (makeStoreFile(databaseFile(), m_place.fileMode, bytes,
+                                 static_cast<std::size_t>(size)) ||
+                   errno == EEXIST);
+    }
+    sqlite3_free(bytes);
+    sqlite3_close(connection);
+    return isThere;
 }
 
 void Database::close()
 {
     for (sqlite3_stmt*& statement : m_statements)
         sqlite3_finalize(std::exchange(statement, nullptr));
-    if (m_connection == nullptr)
-        return;
-    // Others may be about to open the database: its log stays for them.
-    sqlite3_db_config(m_connection, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     sqlite3_close(std::exchange(m_connection, nullptr));
+    m_hasLog = false;
 }
 
 bool Database::isExchanged() const
 {
-    return m_connection != nullptr &&
-           !(FileId(databaseFile()) == m_databaseId && FileId(counterFile()) == m_counterId);
+    return m_connection != nullptr && !(fileId(databaseFile()) == m_file);
 }
 
 std::int64_t Database::dataVersion()
@@ -413,20 +413,46 @@ bool Database::commit(bool isComplete)
     return false;
 }
 
-// The database is locked for writing here, and nothing of the change can be seen yet.
+// The database is locked for writing here, and nothing of the change can be seen yet. Not zero
+// gives the change up.
 int Database::beforeCommit(void* database)
 {
     auto* self = static_cast<Database*>(database);
+    // Another process may have found room for a counter meanwhile.
+    if (self->m_counter.number() == nullptr &&
+        !self->m_counter.open(self->databaseFile(), ChangeCounter::Missing::Leave))
+        return 1;
+    if (!self->m_counter.canMark())
+        return 1;
+    self->m_isChanged = true;
     self->m_numberBefore = self->m_counter.begin();
     return 0;
 }
 
 Database::Change Database::finishChange()
 {
+    if (std::exchange(m_isChanged, false)) {
+        keepLog();
+        // Who made a counter since the commit may have read what was there before.
+        if (m_counter.number() == nullptr &&
+            m_counter.open(databaseFile(), ChangeCounter::Missing::Leave))
+            m_counter.begin();
+    }
     Change change;
     change.before = std::exchange(m_numberBefore, ChangeCounter::Unknown);
     change.after = m_counter.end();
     return change;
+}
+
+// A database that came without a write-ahead log gets one as soon as nobody else has it open.
+void Database::keepLog()
+{
+    if (std::exchange(m_hasLog, true))
+        return;
+    const std::uint64_t before = m_numberBefore;
+    execute(m_connection, "PRAGMA journal_mode = WAL");
+    m_isChanged = false;
+    m_numberBefore = before;
 }
 
 }

@@ -99,7 +99,8 @@ bool HiveCache::isEmptyRoot(KeyId key)
 
 bool HiveCache::openFor(KeyId key)
 {
-    return key == RootKey ? m_database.openOrMake() : m_database.open() == Database::State::Open;
+    return key == RootKey ? m_database.openOrMake()
+                          : m_database.openForChange() == Database::State::Open;
 }
 
 void HiveCache::clear()
@@ -194,7 +195,7 @@ bool HiveCache::writeValue(Key& key, std::string_view name, std::uint32_t kind,
 
 bool HiveCache::removeValue(Key& key, std::string_view name)
 {
-    if (!refresh())
+    if (m_database.openForChange() != Database::State::Open)
         return false;
     const bool isRemoved = m_database.removeValue(key.id, name);
     adopt(m_database.finishChange());
@@ -204,7 +205,7 @@ bool HiveCache::removeValue(Key& key, std::string_view name)
 
 bool HiveCache::removeTree(KeyId key)
 {
-    if (key == RootKey || !refresh())
+    if (key == RootKey || m_database.openForChange() != Database::State::Open)
         return false;
     const bool isRemoved = m_database.removeTree(key);
     adopt(m_database.finishChange());

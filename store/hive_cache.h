@@ -51,9 +51,13 @@ public:
     KeyId find(KeyId from, Platform::KeyNames names);
     KeyId findOrCreate(KeyId from, Platform::KeyNames names);
 
-    // True if other files stand in the place of the old ones by now: what was read is of no more
-    // use. Looks only now and then, which is often enough.
+    // True if another file has the old one's name by now: what was read is of no more use. Looks
+    // only now and then, which is often enough.
     bool checkFiles();
+
+    // A call failed because another program holds the database; it may succeed soon.
+    bool isBusy() const { return m_database.isBusy(); }
+    void clearBusy() { m_database.clearBusy(); }
 
     // The change counter, and its number for which everything that was read is right.
     const std::uint64_t* counter() const { return m_database.counter(); }

@@ -2,13 +2,18 @@
 
 #include "platform/environment.h"
 #include "platform/known_folders.h"
+#include "platform/report.h"
 #include "platform/unload.h"
+#include "store/database_files.h"
 #include "store/hive_cache.h"
 #include "store/recent_values.h"
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <filesystem>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 #include <pthread.h>
@@ -94,12 +99,12 @@ constexpr mode_t OpenToAll = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
 
 Database::Place userPlace(const std::string& directory, const std::string& name)
 {
-    return {directory.empty() ? userDirectory() : directory, name, S_IRWXU, OwnerOnly, true};
+    return {directory.empty() ? userDirectory() : directory, name, S_IRWXU, OwnerOnly};
 }
 
 Database::Place machinePlace(const std::string& directory, const std::string& name)
 {
-    return {directory.empty() ? "/etc/meroda" : directory, name, OpenToAll, ReadableByAll, false};
+    return {directory.empty() ? "/etc/meroda" : directory, name, OpenToAll, ReadableByAll};
 }
 
 // Everything that a process holds of the store, from its first use until the library is unloaded.
@@ -115,6 +120,18 @@ public:
     {
         const bool isKnown = number >= 0 && number < static_cast<int>(m_hives.size());
         return isKnown ? &m_hives[static_cast<std::size_t>(number)] : nullptr;
+    }
+
+    void clearBusy()
+    {
+        for (HiveCache& hive : m_hives)
+            hive.clearBusy();
+    }
+
+    bool isBusy() const
+    {
+        return std::any_of(m_hives.begin(), m_hives.end(),
+                           [](const HiveCache& hive) { return hive.isBusy(); });
     }
 
     RecentValues recent;
@@ -139,8 +156,10 @@ private:
     // At the end of the process keys may still be in use, and the system closes all by itself.
     static void release()
     {
-        if (!Platform::processEnds())
-            delete &get();
+        if (Platform::processEnds())
+            return;
+        delete &get();
+        forgetDatabaseFiles();
     }
 
     // A database that a child process inherits open would be damaged by the two.
@@ -160,7 +179,9 @@ private:
 // The store for as long as a call takes.
 class LockedStore {
 public:
-    LockedStore() : m_store(Hives::get()), m_lock(m_store.mutex) {}
+    LockedStore() : m_store(Hives::get()), m_lock(m_store.mutex) { m_store.clearBusy(); }
+
+    bool isBusy() const { return m_store.isBusy(); }
 
     HiveCache* hive(int number) { return m_store.hive(number); }
     OpenKeys& keys() { return m_store.keys; }
@@ -187,6 +208,48 @@ private:
     Hives& m_store;
     std::lock_guard<std::mutex> m_lock;
 };
+
+// A reader waits for nobody but one who makes the index of the log anew after a crash.
+constexpr std::chrono::seconds ReadPatience{1};
+// Commits are short: only a program that was stopped in the middle of one holds the store longer.
+constexpr std::chrono::seconds ChangePatience{5};
+constexpr std::chrono::microseconds Pause{500};
+
+// Calls until no other program is in the way. Between two tries the process's own threads get on.
+template <class Call>
+auto untilFree(std::chrono::seconds patience, const Call& call)
+{
+    std::chrono::steady_clock::time_point begin{};
+    for (;;) {
+        {
+            LockedStore store;
+            auto result = call(store);
+            if (!store.isBusy())
+                return result;
+            const auto now = std::chrono::steady_clock::now();
+            if (begin == std::chrono::steady_clock::time_point{})
+                begin = now;
+            if (now - begin >= patience)
+                return result;
+        }
+        std::this_thread::sleep_for(Pause);
+    }
+}
+
+// The same for a change; says so when one was given up.
+template <class Call>
+auto change(const Call& call)
+{
+    bool isBusy = false;
+    auto result = untilFree(ChangePatience, [&](LockedStore& store) {
+        auto made = call(store);
+        isBusy = store.isBusy();
+        return made;
+    });
+    if (isBusy)
+        Platform::report("Settings: a change was given up, another program holds the store");
+    return result;
+}
 
 using Names = const std::vector<std::string>*;
 
@@ -221,17 +284,29 @@ namespace Tools::Platform {
 
 using namespace Store;
 
+namespace {
+
+template <class Open>
+KeyHandle openOr(bool create, const Open& open)
+{
+    return create ? change(open) : untilFree(ReadPatience, open);
+}
+
+}
+
 KeyHandle openKey(int hive, KeyNames names, bool create)
 {
-    LockedStore store;
-    return store.open(store.hive(hive), RootKey, names, create);
+    return openOr(create, [&](LockedStore& store) {
+        return store.open(store.hive(hive), RootKey, names, create);
+    });
 }
 
 KeyHandle openKey(KeyHandle parent, KeyNames names, bool create)
 {
-    LockedStore store;
-    const OpenKeys::Entry* entry = store.keys().find(parent);
-    return entry != nullptr ? store.open(entry->hive, entry->key.id, names, create) : nullptr;
+    return openOr(create, [&](LockedStore& store) {
+        const OpenKeys::Entry* entry = store.keys().find(parent);
+        return entry != nullptr ? store.open(entry->hive, entry->key.id, names, create) : nullptr;
+    });
 }
 
 void closeKey(KeyHandle key)
@@ -244,66 +319,74 @@ bool readValue(KeyHandle key, const std::string& name, ValueReceiver& receiver)
     bool exists = false;
     if (Hives::get().recent.read(key, name, exists, receiver))
         return exists;
-    LockedStore store;
-    OpenKeys::Entry* entry = store.keys().find(key);
-    const StoredValue* value =
-        entry != nullptr ? entry->hive->value(entry->key, name.c_str()) : nullptr;
-    if (value == nullptr)
-        return false;
-    store.remember(key, *entry->hive, name, *value);
-    if (value->exists)
-        receiver.receive(value->kind, value->data);
-    return value->exists;
+    return untilFree(ReadPatience, [&](LockedStore& store) {
+        OpenKeys::Entry* entry = store.keys().find(key);
+        const StoredValue* value =
+            entry != nullptr ? entry->hive->value(entry->key, name.c_str()) : nullptr;
+        if (value == nullptr)
+            return false;
+        store.remember(key, *entry->hive, name, *value);
+        if (value->exists)
+            receiver.receive(value->kind, value->data);
+        return value->exists;
+    });
 }
 
 bool writeValue(KeyHandle key, const std::string& name, std::uint32_t kind, const void* data,
                 std::size_t size)
 {
-    LockedStore store;
-    OpenKeys::Entry* entry = store.keys().find(key);
     const std::string_view bytes(static_cast<const char*>(data), size);
-    return entry != nullptr && entry->hive->writeValue(entry->key, name.c_str(), kind, bytes);
+    return change([&](LockedStore& store) {
+        OpenKeys::Entry* entry = store.keys().find(key);
+        return entry != nullptr && entry->hive->writeValue(entry->key, name.c_str(), kind, bytes);
+    });
 }
 
 bool removeValue(KeyHandle key, const std::string& name)
 {
-    LockedStore store;
-    OpenKeys::Entry* entry = store.keys().find(key);
-    return entry != nullptr && entry->hive->removeValue(entry->key, name.c_str());
+    return change([&](LockedStore& store) {
+        OpenKeys::Entry* entry = store.keys().find(key);
+        return entry != nullptr && entry->hive->removeValue(entry->key, name.c_str());
+    });
 }
 
 bool removeTree(KeyHandle parent, KeyNames names)
 {
-    LockedStore store;
-    OpenKeys::Entry* entry = store.keys().find(parent);
-    if (entry == nullptr || names.empty())
-        return false;
-    const KeyId key = entry->hive->find(entry->key.id, names);
-    return key != NoKey && entry->hive->removeTree(key);
+    return change([&](LockedStore& store) {
+        OpenKeys::Entry* entry = store.keys().find(parent);
+        if (entry == nullptr || names.empty())
+            return false;
+        const KeyId key = entry->hive->find(entry->key.id, names);
+        return key != NoKey && entry->hive->removeTree(key);
+    });
 }
 
 int countSubkeys(KeyHandle key)
 {
-    LockedStore store;
-    return countOf(subkeyNames(store.keys().find(key)));
+    return untilFree(ReadPatience, [&](LockedStore& store) {
+        return countOf(subkeyNames(store.keys().find(key)));
+    });
 }
 
 int countValues(KeyHandle key)
 {
-    LockedStore store;
-    return countOf(valueNames(store.keys().find(key)));
+    return untilFree(ReadPatience, [&](LockedStore& store) {
+        return countOf(valueNames(store.keys().find(key)));
+    });
 }
 
 bool subkeyName(KeyHandle key, int index, std::string& name)
 {
-    LockedStore store;
-    return nameAt(subkeyNames(store.keys().find(key)), index, name);
+    return untilFree(ReadPatience, [&](LockedStore& store) {
+        return nameAt(subkeyNames(store.keys().find(key)), index, name);
+    });
 }
 
 bool valueName(KeyHandle key, int index, std::string& name)
 {
-    LockedStore store;
-    return nameAt(valueNames(store.keys().find(key)), index, name);
+    return untilFree(ReadPatience, [&](LockedStore& store) {
+        return nameAt(valueNames(store.keys().find(key)), index, name);
+    });
 }
 
 }

@@ -120,11 +120,14 @@ bool isWriteProtected(int folder, const char* name, const struct stat& status)
     return (status.st_mode & AnyWrite) == 0 || ::faccessat(folder, name, W_OK, AT_EACCESS) != 0;
 }
 
+// Only the first byte is asked for: who holds a file has all of it locked, while a database in use,
+// which may be copied, has locks elsewhere.
 bool isHeld(int file, bool writing)
 {
     struct flock lock = {};
     lock.l_type = writing ? F_WRLCK : F_RDLCK;
     lock.l_whence = SEEK_SET;
+    lock.l_len = 1;
     return ::fcntl(file, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
