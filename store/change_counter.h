@@ -10,13 +10,13 @@
 namespace Tools::Store {
 
 // A number in shared memory that moves on with each change of a database, so that a process can
-// tell without a system call that nothing has changed since its last look. While a change is under
+// see without a system call that nothing has changed since its last look. While a change is under
 // way the number is odd, and it stays so when the writer is killed; the next writer goes on from
 // there.
 //
 // The one who holds SQLite's lock for writing writes the number, before and after his commit.
 // Whoever reads an even number, then the database, and then the same number once more knows that
-// what was read is what the number stands for.
+// what was read belongs to the number.
 //
 // The memory lies where no backup of the store reaches it, as a mapped file that is cut short ends
 // the program. It is named after the database's file and its owner, and everyone who uses it holds
@@ -35,8 +35,8 @@ public:
 
     // Finds the number of a database, or makes it if the caller owns the database or is root. False
     // if there may be one that cannot be reached just now: the database must not be changed then,
-    // as others would not notice. What was mapped for another database stays in place, as some
-    // thread may just look at it.
+    // as others would not notice. What was mapped for another database stays mapped, as some
+    // thread may be reading it.
     bool open(const std::string& database, Missing missing);
 
     // The number itself; null when there is none.

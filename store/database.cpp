@@ -17,7 +17,7 @@ namespace Tools::Store {
 
 namespace {
 
-// Tells a settings database from any other one.
+// Distinguishes a settings database from any other one.
 constexpr std::int64_t ApplicationId = 0x4D645265;
 constexpr std::int64_t FormatVersion = 1;
 
@@ -65,6 +65,7 @@ std::string fold(std::string_view name)
     return folded;
 }
 
+// -1 on failure.
 std::int64_t readNumber(sqlite3* connection, const char* text)
 {
     sqlite3_stmt* statement = nullptr;
@@ -182,7 +183,7 @@ private:
     int m_result = SQLITE_OK;
 };
 
-Database::Database(Place place) : m_place(std::move(place)) {}
+Database::Database(Location location) : m_location(std::move(location)) {}
 
 Database::~Database()
 {
@@ -197,7 +198,7 @@ Database::State Database::open()
     if (m_connection != nullptr)
         return State::Open;
     struct stat info {};
-    if (m_place.directory.empty())
+    if (m_location.directory.empty())
         return State::Unusable;
     if (::stat(databaseFile().c_str(), &info) != 0)
         return errno == ENOENT || errno == ENOTDIR ? State::Missing : State::Unusable;
@@ -270,8 +271,8 @@ bool Database::make() const
     bool isThere = false;
     if (bytes != nullptr) {
         bytes[LogMark] = bytes[LogMark + 1] = 2;
-        isThere = makeStoreDirectory(m_place.directory, m_place.directoryMode) &&
-                  (makeStoreFile(databaseFile(), m_place.fileMode, bytes,
+        isThere = makeStoreDirectory(m_location.directory, m_location.directoryMode) &&
+                  (makeStoreFile(databaseFile(), m_location.fileMode, bytes,
                                  static_cast<std::size_t>(size)) ||
                    errno == EEXIST);
     }
@@ -356,6 +357,7 @@ bool Database::createKeys(KeyId from, Platform::KeyNames names, KeyId& key)
     return commit(key != NoKey);
 }
 
+// Within a change. Another spelling of a name that is there finds that key, and keeps its spelling.
 KeyId Database::findOrInsert(KeyId parent, std::string_view name)
 {
     KeyId key = NoKey;
@@ -391,6 +393,7 @@ bool Database::removeValue(KeyId key, std::string_view name)
     return query.with(key).with(folded).finish() && sqlite3_changes(m_connection) > 0;
 }
 
+// One recursive query a table; the keys go last, as they lead to the values.
 bool Database::removeTree(KeyId key)
 {
     if (!run(Begin))
@@ -405,6 +408,7 @@ bool Database::run(Statement statement)
     return Query(*this, statement).finish();
 }
 
+// Ends a change: as a whole, or as if it had never begun.
 bool Database::commit(bool isComplete)
 {
     if (isComplete && run(Commit))

@@ -28,14 +28,15 @@ struct StoredValue {
 };
 
 // The keys and values of one hive in a SQLite database. A key is a row, found by the number of its
-// parent and its name without case. Numbers are never used again, not even by a database that takes
-// the place of this one: that of a deleted key names nothing for ever. A write-ahead log lets
+// parent and its name without case. Numbers are never used again, not even by a database that
+// replaces this one: that of a deleted key names nothing for ever. A write-ahead log lets
 // everyone read what was committed last, whoever is writing and whoever was killed. For one thread
 // at a time.
 class Database {
 public:
-    struct Place {
-        // Empty if there is no place for the database.
+    // Where the files of a hive lie, and their rights.
+    struct Location {
+        // Empty if there is no folder for the database.
         std::string directory;
         std::string name;
         mode_t directoryMode;
@@ -48,7 +49,7 @@ public:
         std::uint64_t after = ChangeCounter::Unknown;
     };
 
-    explicit Database(Place place);
+    explicit Database(Location location);
     ~Database();
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
@@ -111,7 +112,10 @@ private:
     };
     class Query;
 
-    std::string databaseFile() const { return m_place.directory + "/" + m_place.name + ".db"; }
+    std::string databaseFile() const
+    {
+        return m_location.directory + "/" + m_location.name + ".db";
+    }
     bool openFile();
     bool make() const;
     bool run(Statement statement);
@@ -121,7 +125,7 @@ private:
     KeyId findOrInsert(KeyId parent, std::string_view name);
     static int beforeCommit(void* database);
 
-    Place m_place;
+    Location m_location;
     sqlite3* m_connection = nullptr;
     std::uint64_t m_opening = 0;
     std::array<sqlite3_stmt*, StatementCount> m_statements{};

@@ -76,6 +76,7 @@ public:
         return result;
     }
 
+    // Regions of the file, mapped one by one as the log grows; they stay until the end.
     int map(int region, int size, bool isExtended, void volatile** address)
     {
         *address = nullptr;
@@ -165,6 +166,8 @@ private:
         return SQLITE_READONLY_CANTINIT;
     }
 
+    // The first one to come cannot know what the last one left: a killed writer may have been in
+    // the middle of a change.
     int join() const
     {
         if (lockBytes(m_file, F_WRLCK, IndexInUse, 1) == SQLITE_OK) {
@@ -183,7 +186,7 @@ private:
 };
 
 // A database, its write-ahead log, or the journal of one that has no log. SQLite calls it through
-// the table of methods below; the comments there and here only tell what is this library's own.
+// the table of methods below; the comments here are on what is this library's own.
 class File : public sqlite3_file {
 public:
     static File& of(sqlite3_file* file) { return *static_cast<File*>(file); }
@@ -265,6 +268,9 @@ public:
         return SQLITE_OK;
     }
 
+    // The steps of SQLite's protocol for databases without a log: any number of readers, one who
+    // will write, one who waits for the readers to leave, and then alone changes the file. A
+    // database with a log is opened with the first of them and locked in its index otherwise.
     int lock(int level)
     {
         if (level <= m_level)

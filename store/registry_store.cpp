@@ -24,8 +24,9 @@ namespace Tools::Store {
 
 namespace {
 
-// The open keys of this process. A handle is a number in the guise of a pointer, so that one that
-// was closed already does no harm: a place in the list, and how often the place was used before.
+// The open keys of this process, under generational handles: a number in the guise of a pointer,
+// made of an index into the list and of how often that entry was used before. A handle that was
+// closed already names nothing and does no harm.
 class OpenKeys {
 public:
     struct Entry {
@@ -86,7 +87,7 @@ std::string directoryOfAll()
     return path;
 }
 
-// Empty if the user has no place for it.
+// Empty if the user has no folder for it.
 std::string userDirectory()
 {
     const std::string data = Platform::applicationDataDirectory();
@@ -97,12 +98,12 @@ constexpr mode_t OwnerOnly = S_IRUSR | S_IWUSR;
 constexpr mode_t ReadableByAll = OwnerOnly | S_IRGRP | S_IROTH;
 constexpr mode_t OpenToAll = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
 
-Database::Place userPlace(const std::string& directory, const std::string& name)
+Database::Location userLocation(const std::string& directory, const std::string& name)
 {
     return {directory.empty() ? userDirectory() : directory, name, S_IRWXU, OwnerOnly};
 }
 
-Database::Place machinePlace(const std::string& directory, const std::string& name)
+Database::Location machineLocation(const std::string& directory, const std::string& name)
 {
     return {directory.empty() ? "/etc/meroda" : directory, name, OpenToAll, ReadableByAll};
 }
@@ -140,9 +141,9 @@ public:
 
 private:
     explicit Hives(const std::string& directory)
-        : m_hives{HiveCache(machinePlace(directory, "machine")),
-                  HiveCache(userPlace(directory, "user")),
-                  HiveCache(machinePlace(directory, "classes"))}
+        : m_hives{HiveCache(machineLocation(directory, "machine")),
+                  HiveCache(userLocation(directory, "user")),
+                  HiveCache(machineLocation(directory, "classes"))}
     {}
 
     static Hives* make()

@@ -14,7 +14,7 @@ namespace Tools::Store {
 
 using Platform::FileDescriptor;
 
-// Tells a file from another one of the same name; zeroes without a file.
+// Distinguishes a file from another one of the same name; zeros without a file.
 struct FileId {
     bool operator==(const FileId& other) const = default;
 
@@ -33,8 +33,8 @@ FileDescriptor openForWriting(const std::string& path);
 // Makes the file beside `model` and with its owner and rights if it is missing.
 FileDescriptor openOrMakeLike(const std::string& path, const std::string& model);
 
-// Puts a new file with these bytes under a name; false, and nothing is left behind, if that fails
-// or somebody was faster, which errno EEXIST tells.
+// Puts a new file with these bytes under a name; false, and nothing is left over, if that fails;
+// errno is EEXIST if somebody was faster.
 bool makeStoreFile(const std::string& path, mode_t mode, const void* bytes, std::size_t size);
 
 // Makes a directory and all above it that are missing; only the last one gets `mode`, those above
