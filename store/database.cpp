@@ -283,6 +283,9 @@ bool Database::make() const
 
 void Database::close()
 {
+    // A batch cannot be carried over to another opening.
+    m_isBatchLost = m_isBatchLost || (m_isBatch && m_connection != nullptr &&
+                                      sqlite3_get_autocommit(m_connection) == 0);
     for (sqlite3_stmt*& statement : m_statements)
         sqlite3_finalize(std::exchange(statement, nullptr));
     sqlite3_close(std::exchange(m_connection, nullptr));
@@ -349,7 +352,7 @@ bool Database::keyExists(KeyId key)
 
 bool Database::createKeys(KeyId from, Platform::KeyNames names, KeyId& key)
 {
-    if (!run(Begin))
+    if (!begin())
         return false;
     key = keyExists(from) ? from : NoKey;
     for (const std::string_view name : names)
@@ -374,6 +377,8 @@ KeyId Database::findOrInsert(KeyId parent, std::string_view name)
 bool Database::writeValue(KeyId key, std::string_view name, std::uint32_t kind,
                           std::string_view data)
 {
+    if (m_isBatch && !begin())
+        return false;
     const std::string folded = fold(name);
     const auto write = [&](Statement statement) {
         Query query(*this, statement);
@@ -388,6 +393,8 @@ bool Database::writeValue(KeyId key, std::string_view name, std::uint32_t kind,
 
 bool Database::removeValue(KeyId key, std::string_view name)
 {
+    if (m_isBatch && !begin())
+        return false;
     const std::string folded = fold(name);
     Query query(*this, RemoveValue);
     return query.with(key).with(folded).finish() && sqlite3_changes(m_connection) > 0;
@@ -396,7 +403,7 @@ bool Database::removeValue(KeyId key, std::string_view name)
 // One recursive query a table; the keys go last, as they lead to the values.
 bool Database::removeTree(KeyId key)
 {
-    if (!run(Begin))
+    if (!begin())
         return false;
     const bool isRemoved = Query(*this, RemoveValuesBelow).with(key).finish() &&
                            Query(*this, RemoveKeysBelow).with(key).finish();
@@ -408,13 +415,29 @@ bool Database::run(Statement statement)
     return Query(*this, statement).finish();
 }
 
-// Ends a change: as a whole, or as if it had never begun.
+// A batch begins with its first change, and locks nobody out before.
+bool Database::begin()
+{
+    return (m_isBatch && sqlite3_get_autocommit(m_connection) == 0) || run(Begin);
+}
+
+// Ends a change: as a whole, or as if it had never begun. Within a batch that is up to the batch.
 bool Database::commit(bool isComplete)
 {
+    if (m_isBatch)
+        return isComplete;
     if (isComplete && run(Commit))
         return true;
     run(Rollback);
     return false;
+}
+
+bool Database::endBatch(bool isComplete)
+{
+    m_isBatch = false;
+    const bool isLost = std::exchange(m_isBatchLost, false);
+    const bool isBegun = m_connection != nullptr && sqlite3_get_autocommit(m_connection) == 0;
+    return (!isBegun || commit(isComplete && !isLost)) && !isLost;
 }
 
 // The database is locked for writing here, and nothing of the change can be seen yet. Not zero

@@ -91,6 +91,10 @@ public:
     // To be called after each change, also after one that failed.
     Change finishChange();
 
+    // From now on changes wait for endBatch(), which makes all of them or none.
+    void beginBatch() { m_isBatch = true; }
+    bool endBatch(bool isComplete);
+
 private:
     enum Statement {
         DataVersion,
@@ -119,6 +123,7 @@ private:
     bool openFile();
     bool make() const;
     bool run(Statement statement);
+    bool begin();
     bool commit(bool isComplete);
     void keepLog();
     bool list(Statement statement, KeyId key, std::vector<std::string>& names);
@@ -133,6 +138,8 @@ private:
     ChangeCounter m_counter;
     bool m_isBusy = false;
     bool m_isChanged = false;
+    bool m_isBatch = false;
+    bool m_isBatchLost = false;
     bool m_hasLog = false;
     std::uint64_t m_numberBefore = ChangeCounter::Unknown;
 };

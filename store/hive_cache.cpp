@@ -218,6 +218,15 @@ bool HiveCache::removeTree(KeyId key)
     return isRemoved;
 }
 
+bool HiveCache::endBatch(bool isComplete)
+{
+    const bool isDone = m_database.endBatch(isComplete);
+    m_database.finishChange();
+    m_changeNumber = ChangeCounter::Unknown;
+    clear();
+    return isDone;
+}
+
 const std::vector<std::string>* HiveCache::valueNames(Key& key)
 {
     return names(key, &KnownKey::valueNames, &Database::listValues);

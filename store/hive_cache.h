@@ -74,6 +74,9 @@ public:
     const std::vector<std::string>* valueNames(Key& key);
     const std::vector<std::string>* subkeyNames(Key& key);
 
+    void beginBatch() { m_database.beginBatch(); }
+    bool endBatch(bool isComplete);
+
     // The next call opens the database again.
     void close();
 

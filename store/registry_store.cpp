@@ -135,6 +135,20 @@ public:
                            [](const HiveCache& hive) { return hive.isBusy(); });
     }
 
+    void beginBatch()
+    {
+        for (HiveCache& hive : m_hives)
+            hive.beginBatch();
+    }
+
+    bool endBatch(bool isComplete)
+    {
+        bool isDone = true;
+        for (HiveCache& hive : m_hives)
+            isDone = hive.endBatch(isComplete && isDone) && isDone;
+        return isDone;
+    }
+
     RecentValues recent;
     std::mutex mutex;
     OpenKeys keys;
@@ -183,6 +197,8 @@ public:
     LockedStore() : m_store(Hives::get()), m_lock(m_store.mutex) { m_store.clearBusy(); }
 
     bool isBusy() const { return m_store.isBusy(); }
+    void beginBatch() { m_store.beginBatch(); }
+    bool endBatch(bool isComplete) { return m_store.endBatch(isComplete); }
 
     HiveCache* hive(int number) { return m_store.hive(number); }
     OpenKeys& keys() { return m_store.keys; }
@@ -360,6 +376,27 @@ bool removeTree(KeyHandle parent, KeyNames names)
         const KeyId key = entry->hive->find(entry->key.id, names);
         return key != NoKey && entry->hive->removeTree(key);
     });
+}
+
+ChangeBatch::ChangeBatch()
+{
+    LockedStore().beginBatch();
+}
+
+ChangeBatch::~ChangeBatch()
+{
+    cancel();
+}
+
+bool ChangeBatch::commit()
+{
+    return LockedStore().endBatch(true);
+}
+
+bool ChangeBatch::cancel()
+{
+    LockedStore().endBatch(false);
+    return true;
 }
 
 int countSubkeys(KeyHandle key)
