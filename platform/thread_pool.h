@@ -55,9 +55,4 @@ private:
     int m_length;
 };
 
-// At the end of a process Windows ends all threads but one before libraries clean up. Nothing can
-// be waited for then, and what the threads were using must stay as it is. Linux leaves them
-// running.
-bool threadsHaveEnded();
-
 }

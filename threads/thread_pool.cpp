@@ -1,6 +1,7 @@
 #include <mdtools/system.h>
 #include <mdtools/threads.h>
 
+#include "platform/lifetime.h"
 #include "threads/sized_pool.h"
 
 #include <algorithm>
@@ -37,7 +38,7 @@ ThreadPool::ThreadPool() : m_state(new State) {}
 ThreadPool::~ThreadPool()
 {
     // Nothing may be waited for or freed under threads that were ended in the middle of their work.
-    if (Platform::threadsHaveEnded())
+    if (Platform::otherThreadsWereStopped())
         return;
     clearWorks();
     Platform::destroyPool(m_state->pool);

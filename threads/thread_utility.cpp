@@ -1,7 +1,7 @@
 #include <mdtools/system.h>
 #include <mdtools/threads.h>
 
-#include "platform/unload.h"
+#include "platform/lifetime.h"
 #include "threads/sized_pool.h"
 
 #include <algorithm>
@@ -19,9 +19,9 @@ struct LoopPool {
 LoopPool* loopPool;
 
 // At the end of the process the pool stays: its threads may be in the middle of a body.
-void destroyLoopPool()
+void destroyLoopPool(Platform::LibraryEnd end)
 {
-    if (Platform::processEnds())
+    if (end != Platform::LibraryEnd::Unloading)
         return;
     Platform::destroyPool(loopPool->pool);
     delete loopPool;
@@ -30,7 +30,7 @@ void destroyLoopPool()
 LoopPool* createLoopPool()
 {
     loopPool = new LoopPool;
-    Platform::atUnload(destroyLoopPool);
+    Platform::onLibraryEnd(destroyLoopPool);
     return loopPool;
 }
 

@@ -434,9 +434,4 @@ void runLoop(Pool* pool, const LoopBody& body, int count, int chunks)
     pool->run(body, static_cast<std::uint32_t>(chunks), ChunkRanges(count, chunks));
 }
 
-bool threadsHaveEnded()
-{
-    return false;
-}
-
 }

@@ -6,8 +6,6 @@
 
 #include <windows.h>
 
-extern "C" BOOLEAN NTAPI RtlDllShutdownInProgress(void);
-
 namespace Tools::Platform {
 
 // The system's private pool, with what its work objects are made in and go with.
@@ -146,11 +144,6 @@ void runLoop(Pool* pool, const LoopBody& body, int count, int chunks)
         works.push_back(items.back()->work);
     }
     runWorks(pool, works.data(), works.size());
-}
-
-bool threadsHaveEnded()
-{
-    return ::RtlDllShutdownInProgress() != FALSE;
 }
 
 }
