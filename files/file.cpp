@@ -5,8 +5,8 @@
 #include "files/separators.h"
 #include "files/tree.h"
 #include "files/wildcard.h"
-#include "platform/file_blocks.h"
 #include "platform/filesystem.h"
+#include "platform/open_file.h"
 
 #include <mdtools/debug_output.h>
 
@@ -92,7 +92,7 @@ bool File::isEmpty(const std::string& name)
     const Platform::InputFile file(name);
     char first = 0;
     std::size_t count = 0;
-    return !file.valid() || !file.read(0, &first, 1, count) || count == 0;
+    return !file.isOpen() || !file.read(0, &first, 1, count) || count == 0;
 }
 
 bool File::isEmpty(const Path& name)
@@ -104,7 +104,7 @@ bool File::isEqual(const std::string& a, const std::string& b)
 {
     const Platform::InputFile first(a);
     const Platform::InputFile second(b);
-    return first.valid() && second.valid() && haveSameBytes(first, second);
+    return first.isOpen() && second.isOpen() && haveSameBytes(first, second);
 }
 
 bool File::isLocked(const std::string& name)
@@ -194,10 +194,11 @@ bool File::findByWildCard(const std::string& directory, const std::string& patte
 bool File::concatenate(const std::string& source, const std::string& target)
 {
     const Platform::InputFile input(source);
-    if (!input.valid())
+    if (!input.isOpen())
         return false;
-    Platform::AppendedFile output(target);
-    return output.valid() && !output.isSame(input) && output.append(input);
+    Platform::OutputFile output;
+    return output.open(target, Platform::OutputFile::Sharing::Readers) && !output.isSame(input) &&
+           output.append(input);
 }
 
 std::string File::getDirectory(const std::string& name)

@@ -5,7 +5,7 @@ namespace Tools::Platform {
 
 // Who ends it.
 enum class LibraryEnd {
-    // The library leaves a process that goes on: nothing of it may stay, neither memory nor threads.
+    // The library leaves a process that goes on: no memory and no thread of it may stay.
     Unloading,
     // The process ends. Other threads may be in the middle of anything, so what they use stays.
     ProcessEnd,

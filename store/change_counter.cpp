@@ -1,5 +1,6 @@
 #include "store/change_counter.h"
 
+#include "platform/posix/file_descriptor.h"
 #include "store/store_file.h"
 
 #include <atomic>
@@ -32,20 +33,19 @@ ChangeCounter::~ChangeCounter()
 void ChangeCounter::open(const std::string& path, mode_t mode)
 {
     m_number = nullptr;
-    int file = openStoreFile(path, mode);
-    m_isWritable = file >= 0;
-    if (file < 0)
-        file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0)
+    Platform::FileDescriptor file(openStoreFile(path, mode));
+    m_isWritable = file.valid();
+    if (!file.valid())
+        file = Platform::FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file.valid())
         return;
     // Touching a page behind the end of the file would end the program.
-    if (isLongEnough(file) || (m_isWritable && ::ftruncate(file, Size) == 0)) {
+    if (isLongEnough(file.get()) || (m_isWritable && ::ftruncate(file.get(), Size) == 0)) {
         const int access = m_isWritable ? PROT_READ | PROT_WRITE : PROT_READ;
-        void* address = ::mmap(nullptr, Size, access, MAP_SHARED, file, 0);
+        void* address = ::mmap(nullptr, Size, access, MAP_SHARED, file.get(), 0);
         if (address != MAP_FAILED)
             m_number = static_cast<std::uint64_t*>(address);
     }
-    ::close(file);
 }
 
 std::uint64_t ChangeCounter::value() const

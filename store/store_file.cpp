@@ -1,5 +1,7 @@
 #include "store/store_file.h"
 
+#include "platform/posix/file_descriptor.h"
+
 #include <cerrno>
 
 #include <fcntl.h>
@@ -40,12 +42,10 @@ int openStoreFile(const std::string& path, mode_t mode)
 std::string makeStoreFileBeside(const std::string& path, mode_t mode)
 {
     std::string name = path + ".XXXXXX";
-    const int file = ::mkostemp(name.data(), O_CLOEXEC);
-    if (file < 0)
+    const Platform::FileDescriptor file(::mkostemp(name.data(), O_CLOEXEC));
+    if (!file.valid())
         return std::string();
-    const bool isSettled = settle(file, name, mode);
-    ::close(file);
-    if (isSettled)
+    if (settle(file.get(), name, mode))
         return name;
     ::unlink(name.c_str());
     return std::string();

@@ -1,5 +1,7 @@
 #include "platform/console.h"
 
+#include "platform/posix/retry.h"
+
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -24,9 +26,7 @@ void handleSignal(int)
 bool writeStandardOutput(const char* text, std::size_t size)
 {
     while (size > 0) {
-        const ssize_t count = ::write(STDOUT_FILENO, text, size);
-        if (count < 0 && errno == EINTR)
-            continue;
+        const ssize_t count = retryInterrupted([&] { return ::write(STDOUT_FILENO, text, size); });
         if (count <= 0)
             return false;
         text += count;

@@ -92,7 +92,7 @@ void Block::close()
 }
 
 struct Sender {
-    explicit Sender(int value) : socket(value) {}
+    explicit Sender(FileDescriptor value) : socket(std::move(value)) {}
 
     FileDescriptor socket;
     Block block;
@@ -201,16 +201,14 @@ DebugListener::Start DebugListener::State::listenIn(const std::string& directory
 void DebugListener::State::accept()
 {
     for (;;) {
-        const int socket =
-            ::accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
-        if (socket < 0) {
+        FileDescriptor socket(
+            ::accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+        if (!socket.valid()) {
             full = (errno == EMFILE || errno == ENFILE) && !senders.empty();
             return;
         }
-        if (isPeerSameUser(socket))
-            senders.emplace_back(socket);
-        else
-            ::close(socket);
+        if (isPeerSameUser(socket.get()))
+            senders.emplace_back(std::move(socket));
     }
 }
 

@@ -1,5 +1,7 @@
 #include "platform/folder.h"
 
+#include "platform/posix/file_access.h"
+#include "platform/posix/file_copy.h"
 #include "platform/posix/native_path.h"
 
 #include <cstddef>
@@ -133,7 +135,7 @@ ErrorCode Folder::copyFile(const std::string& name, const Folder& target) const
         return errorCode(errno);
     if (!S_ISREG(inputStatus.st_mode))
         return AccessDenied;
-    if (isHeld(input.get(), false))
+    if (isLockedAgainst(input.get(), FileLock::Shared))
         return errorCode(EAGAIN);
     FileDescriptor output(::openat(target.m_state->get(), name.c_str(),
                                    O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
@@ -141,19 +143,15 @@ ErrorCode Folder::copyFile(const std::string& name, const Folder& target) const
     struct stat outputStatus = {};
     if (!output.valid() || ::fstat(output.get(), &outputStatus) != 0)
         return errorCode(errno);
-    int cause = copyInto(input.get(), inputStatus, output.get(), outputStatus);
-    if (const int closed = output.close(); cause == 0)
-        cause = closed;
-    if (cause == 0)
-        return 0;
-    ::unlinkat(target.m_state->get(), name.c_str(), 0);
-    return errorCode(cause);
+    const int cause = copyInto(input, inputStatus, std::move(output), outputStatus,
+                               {target.m_state->get(), name.c_str()});
+    return cause == 0 ? 0 : errorCode(cause);
 }
 
 ErrorCode Folder::copyLink(const std::string& name, EntryType, const Folder& target) const
 {
     const int cause =
-        Platform::copyLink(m_state->get(), name.c_str(), target.m_state->get(), name.c_str());
+        Platform::copyLink({m_state->get(), name.c_str()}, {target.m_state->get(), name.c_str()});
     return cause == 0 ? 0 : errorCode(cause);
 }
 

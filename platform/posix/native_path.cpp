@@ -17,7 +17,7 @@ struct Cause {
     ErrorCode code;
 };
 
-// Sorted by nothing: the list is short and failures are rare.
+// In the order of their codes. The list is short and failures are rare.
 constexpr Cause Causes[] = {
     {ENOENT, 2},         {ENOTDIR, 3},  {EMFILE, 4},   {ENFILE, 4},      {EACCES, 5},
     {EPERM, 5},          {EISDIR, 5},   {EBADF, 6},    {ENOMEM, 8},      {EXDEV, 17},
@@ -112,28 +112,6 @@ int NativePath::status(struct stat& result) const
 FileDescriptor NativePath::open(int flags, unsigned mode) const
 {
     return FileDescriptor(::openat(folder(), m_name, flags | O_CLOEXEC, mode));
-}
-
-bool isWriteProtected(int folder, const char* name, const struct stat& status)
-{
-    constexpr mode_t AnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
-    return (status.st_mode & AnyWrite) == 0 || ::faccessat(folder, name, W_OK, AT_EACCESS) != 0;
-}
-
-bool isHeld(int file, bool writing)
-{
-    struct flock lock = {};
-    lock.l_type = writing ? F_WRLCK : F_RDLCK;
-    lock.l_whence = SEEK_SET;
-    return ::fcntl(file, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
-}
-
-bool hold(int file, bool writing)
-{
-    struct flock lock = {};
-    lock.l_type = writing ? F_WRLCK : F_RDLCK;
-    lock.l_whence = SEEK_SET;
-    return ::fcntl(file, F_OFD_SETLK, &lock) == 0 || (errno != EAGAIN && errno != EACCES);
 }
 
 }

@@ -3,8 +3,10 @@
 #include "platform/filesystem.h"
 #include "platform/posix/command_line.h"
 #include "platform/posix/environment.h"
+#include "platform/posix/file_access.h"
 #include "platform/posix/native_path.h"
 #include "platform/posix/reaper.h"
+#include "platform/posix/retry.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -34,8 +36,8 @@ using Clock = std::chrono::steady_clock;
 // the program keep their exit status for whoever started them.
 struct ChildProcess {
     pid_t id = -1;
-    // Readable once the process has ended; -1 where the kernel has no such descriptors.
-    int descriptor = -1;
+    // Readable once the process has ended; none where the kernel has no such descriptors.
+    FileDescriptor descriptor;
     std::mutex mutex;
     bool ended = false;
     std::uint32_t exitCode = 0;
@@ -56,10 +58,7 @@ bool takeExitCode(ChildProcess& child)
     if (child.ended)
         return true;
     int status = 0;
-    pid_t result = 0;
-    do {
-        result = ::waitpid(child.id, &status, WNOHANG);
-    } while (result < 0 && errno == EINTR);
+    const pid_t result = retryInterrupted([&] { return ::waitpid(child.id, &status, WNOHANG); });
     if (result == 0)
         return false;
     child.ended = true;
@@ -79,11 +78,11 @@ int timeLeft(Clock::time_point end, int milliseconds)
 // Returns when the child may have ended, or after the time.
 void sleepForEnd(const ChildProcess& child, int milliseconds)
 {
-    if (child.descriptor < 0) {
+    if (!child.descriptor.valid()) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
         return;
     }
-    pollfd entry = {child.descriptor, POLLIN, 0};
+    pollfd entry = {child.descriptor.get(), POLLIN, 0};
     ::poll(&entry, 1, milliseconds);
 }
 
@@ -166,7 +165,7 @@ ProcessHandle start(const Command& command, const FileActions& actions)
         return nullptr;
     auto* child = new ChildProcess;
     child->id = id;
-    child->descriptor = ::pidfd_open(id, 0);
+    child->descriptor = FileDescriptor(::pidfd_open(id, 0));
     return child;
 }
 
@@ -188,7 +187,8 @@ ProcessHandle startProcess(const StartOptions& options)
         // Without O_NONBLOCK a pipe that nobody writes to would hold up the program.
         input = NativePath(options.inputFile).open(O_RDONLY | O_NONBLOCK);
         // The child shares the lock: its input is not written to while it reads.
-        if (!input.valid() || isDirectory(options.inputFile) || !hold(input.get(), false))
+        if (!input.valid() || isDirectory(options.inputFile) ||
+            !lockFile(input.get(), FileLock::Shared))
             return nullptr;
         ::fcntl(input.get(), F_SETFL, 0);
         actions.readFrom(input.get());
@@ -232,9 +232,7 @@ void closeProcess(ProcessHandle process)
 {
     ChildProcess& child = fromHandle(process);
     if (!takeExitCode(child))
-        reapLater(child.id, child.descriptor);
-    else if (child.descriptor >= 0)
-        ::close(child.descriptor);
+        reapLater(child.id, std::move(child.descriptor));
     delete &child;
 }
 

@@ -1,5 +1,6 @@
 #include "platform/filesystem.h"
 
+#include "platform/windows/file_handle.h"
 #include "platform/windows/native_path.h"
 
 #include <algorithm>

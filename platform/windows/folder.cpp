@@ -1,5 +1,6 @@
 #include "platform/folder.h"
 
+#include "platform/windows/file_handle.h"
 #include "platform/windows/native_path.h"
 
 namespace Tools::Platform {

@@ -1,6 +1,7 @@
 #include "platform/process.h"
 
-#include <algorithm>
+#include "platform/windows/native_path.h"
+
 #include <mutex>
 
 #include <windows.h>
@@ -10,28 +11,26 @@ namespace Tools::Platform {
 namespace {
 
 // The child's standard input, closed here as soon as the child has its own.
-class InputFile {
+class ChildInput {
 public:
-    explicit InputFile(const std::string& name)
+    explicit ChildInput(const std::string& path)
     {
-        if (name.empty())
+        if (path.empty())
             return;
-        std::string path = name;
-        std::replace(path.begin(), path.end(), '/', '\\');
         SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-        m_handle = ::CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ, &inheritable,
-                                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+        m_handle = ::CreateFileA(nativePath(path).c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                 &inheritable, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
         m_failed = m_handle == INVALID_HANDLE_VALUE;
     }
 
-    ~InputFile()
+    ~ChildInput()
     {
         if (m_handle != nullptr && !m_failed)
             ::CloseHandle(m_handle);
     }
 
-    InputFile(const InputFile&) = delete;
-    InputFile& operator=(const InputFile&) = delete;
+    ChildInput(const ChildInput&) = delete;
+    ChildInput& operator=(const ChildInput&) = delete;
 
     // Null without a file.
     HANDLE handle() const { return m_handle; }
@@ -99,7 +98,7 @@ ProcessHandle startProcess(const StartOptions& options)
     static std::mutex mutex;
     const std::lock_guard<std::mutex> lock(mutex);
 
-    const InputFile input(options.inputFile);
+    const ChildInput input(options.inputFile);
     if (input.failed())
         return nullptr;
     std::string commandLine = options.commandLine;
