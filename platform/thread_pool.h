@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <span>
 
 // platform/thread_pool.h - a private pool of threads that runs batches of work.
 namespace Tools::Platform {
@@ -26,33 +27,14 @@ WorkHandle workHandle(const Work* work);
 // for each pool. An exception that leaves a callback ends the program.
 void runWorks(Pool* pool, Work* const* works, std::size_t count);
 
-// Likewise calls `body(begin, end)` for `chunks` equal ranges of 0 to `count`, the last of which
-// takes what the division leaves over. Each call is made on a copy of `body` of its own, which is
-// destroyed by the thread that called it.
-using LoopBody = std::function<void(int begin, int end)>;
-void runLoop(Pool* pool, const LoopBody& body, int count, int chunks);
-
 struct Range {
     int begin;
     int end;
 };
 
-// Gives the range of the chunk with a number, counted from 0.
-class ChunkRanges {
-public:
-    ChunkRanges(int count, int chunks)
-        : m_count(count), m_last(chunks - 1), m_length(count / chunks)
-    {}
-
-    Range operator()(int number) const
-    {
-        return {number * m_length, number == m_last ? m_count : (number + 1) * m_length};
-    }
-
-private:
-    int m_count;
-    int m_last;
-    int m_length;
-};
+// Likewise calls `body(begin, end)` for each of the ranges. Each call is made on a copy of `body`
+// of its own, which is destroyed by the thread that called it.
+using LoopBody = std::function<void(int begin, int end)>;
+void runLoop(Pool* pool, const LoopBody& body, std::span<const Range> ranges);
 
 }

@@ -3,6 +3,7 @@
 #include "platform/environment.h"
 #include "platform/process.h"
 #include "platform/window.h"
+#include "process/command_line.h"
 
 #include <algorithm>
 #include <map>
@@ -50,10 +51,21 @@ void Process::State::restoreEnvironment()
     }
 }
 
-Platform::StartOptions Process::State::startOptions() const
+namespace {
+
+Platform::StartOptions startOptionsFor(const std::string& commandLine)
 {
     Platform::StartOptions options;
     options.commandLine = commandLine;
+    options.parse = CommandLine::parse;
+    return options;
+}
+
+}
+
+Platform::StartOptions Process::State::startOptions() const
+{
+    Platform::StartOptions options = startOptionsFor(commandLine);
     options.currentDirectory = currentDirectory;
     options.noConsoleWindow = hideWindow;
     options.normalPriority = true;
@@ -148,8 +160,7 @@ std::uint32_t Process::returnCode() const
 ProcessHandle Process::start(const std::string& commandLine, bool show,
                              const std::string& inputFile)
 {
-    Platform::StartOptions options;
-    options.commandLine = commandLine;
+    Platform::StartOptions options = startOptionsFor(commandLine);
     options.inputFile = inputFile;
     options.show = show ? Platform::ShowWindow::Default : Platform::ShowWindow::Hide;
     return Platform::startProcess(options);

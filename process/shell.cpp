@@ -1,6 +1,7 @@
 #include <mdtools/shell.h>
 
 #include "platform/shell.h"
+#include "process/command_line.h"
 
 #include <mdtext/mdtext.h>
 
@@ -55,7 +56,7 @@ Shell::~Shell() = default;
 
 Shell::ErrorCode Shell::execute(const std::string& file, const std::string& parameters)
 {
-    const Row row = toRow(Platform::shellExecute(file, parameters));
+    const Row row = toRow(Platform::shellExecute(file, parameters, CommandLine::splitArguments));
     m_message = MdText::LoadGui(row.text);
     if (row.code == FileNotFound)
         m_message += file;

@@ -1,12 +1,12 @@
 #include <mdtools/system.h>
 #include <mdtools/threads.h>
 
-#include "trace/debug_sender.h"
 #include "support/child_process.h"
 #include "support/module.h"
 #include "support/process_state.h"
 #include "support/test_receiver.h"
 #include "threads/processors.h"
+#include "trace/debug_sender.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -519,56 +519,46 @@ TEST(Unloading, endsTheThreadsOfTheLoops)
 // A machine of the test's own making.
 class FakeSource : public ProcessorSource {
 public:
-    bool supported = true;
-    int error = 0;
-    bool hasMemory = true;
-    std::vector<Platform::ProcessorRecord> found;
+    Platform::Processors processors;
     mutable std::vector<std::string> messages;
 
-    bool isSupported() const override { return supported; }
-    bool read(void* buffer, std::uint32_t& size, int& code) const override
-    {
-        const auto needed = static_cast<std::uint32_t>(found.size() * 8);
-        code = error != 0 ? error : Platform::BufferTooSmall;
-        const bool fits = error == 0 && buffer != nullptr && size >= needed;
-        size = needed;
-        return fits;
-    }
-    std::vector<Platform::ProcessorRecord> records(const void*, std::uint32_t) const override
-    {
-        return found;
-    }
-    std::unique_ptr<unsigned char[]> allocate(std::uint32_t size) const override
-    {
-        return hasMemory ? ProcessorSource::allocate(size) : nullptr;
-    }
+    Platform::Processors read() const override { return processors; }
     void report(const char* text) const override { messages.emplace_back(text); }
 };
 
 TEST(CoreCount, fallsBackWithAMessage)
 {
-    FakeSource source;
-    const auto expect = [&source](int cores, const char* message) {
-        source.messages.clear();
-        const CoreCount count = determineCoreCount(source);
-        EXPECT_EQ(count.cores, cores);
-        EXPECT_FALSE(count.isDetermined);
-        EXPECT_THAT(source.messages, ElementsAre(message));
+    using Answer = Platform::Processors::Answer;
+    struct Case {
+        Answer answer;
+        int error;
+        int cores;
+        const char* message;
     };
-    source.hasMemory = false;
-    expect(2, "\n getCpuCount : Error: Allocation failure\n");
-    source.error = 5;
-    expect(3, "\n getCpuCount : Error 5\n");
-    source.supported = false;
-    expect(1, "\n getCpuCount : GetLogicalProcessorInformation is not supported.\n");
+    const Case cases[] = {
+        {Answer::NotSupported, 0, 1,
+         "\n getCpuCount : GetLogicalProcessorInformation is not supported.\n"},
+        {Answer::NoMemory, 0, 2, "\n getCpuCount : Error: Allocation failure\n"},
+        {Answer::Failed, 5, 3, "\n getCpuCount : Error 5\n"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.message);
+        FakeSource source;
+        source.processors.answer = c.answer;
+        source.processors.error = c.error;
+        const CoreCount count = determineCoreCount(source);
+        EXPECT_EQ(count.cores, c.cores);
+        EXPECT_FALSE(count.isDetermined);
+        EXPECT_THAT(source.messages, ElementsAre(c.message));
+    }
 }
 
 TEST(CoreCount, countsCoresNotHardwareThreads)
 {
     FakeSource source;
-    source.found = {{0, 0x3, 0}, {2, 0x3, 1}, {2, 0x3, 1}, {0, 0x8000000000000004, 0},
-                    {2, 0xC, 2}, {9, 0xF, 0}, {2, 0xF, 3}, {2, 0xF, 4},
-                    {1, 0xF, 0}, {3, 0xF, 0}, {3, 0x0, 0}};
+    source.processors.records = {{0, 0x3, 0}, {2, 0x3, 1}, {2, 0x3, 1}, {0, 0x8000000000000004, 0},
+                                 {2, 0xC, 2}, {9, 0xF, 0}, {2, 0xF, 3}, {2, 0xF, 4},
+                                 {1, 0xF, 0}, {3, 0xF, 0}, {3, 0x0, 0}};
     const CoreCount count = determineCoreCount(source);
     EXPECT_TRUE(count.isDetermined);
     EXPECT_EQ(count.cores, 2);

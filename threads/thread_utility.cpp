@@ -5,6 +5,7 @@
 #include "threads/sized_pool.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace Tools {
 
@@ -14,6 +15,8 @@ struct LoopPool {
     Platform::Pool* pool = createSizedPool();
     // One loop at a time.
     CriticalSection lock;
+    // Those of the present loop; kept, as most loops are divided alike.
+    std::vector<Platform::Range> ranges;
 };
 
 LoopPool* loopPool;
@@ -32,6 +35,16 @@ LoopPool* createLoopPool()
     loopPool = new LoopPool;
     Platform::onLibraryEnd(destroyLoopPool);
     return loopPool;
+}
+
+// Equal parts of 0 to `count`, the last of which takes what the division leaves over.
+void divide(int count, int chunks, std::vector<Platform::Range>& ranges)
+{
+    const int length = count / chunks;
+    ranges.clear();
+    for (int i = 0; i < chunks; ++i)
+        ranges.push_back({i * length, (i + 1) * length});
+    ranges.back().end = count;
 }
 
 // Halved, not cut to `count`: callers know the ranges that come of it.
@@ -55,7 +68,8 @@ void ThreadUtility::forEach(int count, std::function<void(int begin, int end)> b
     const int chunks = chunkCount(count, sequential);
     static LoopPool* const loop = createLoopPool();
     const CriticalSectionLocker locker(loop->lock);
-    Platform::runLoop(loop->pool, body, count, chunks);
+    divide(count, chunks, loop->ranges);
+    Platform::runLoop(loop->pool, body, loop->ranges);
 }
 
 }

@@ -28,15 +28,7 @@ constexpr Cause Causes[] = {
 constexpr ErrorCode PathNotFound = 3;
 constexpr ErrorCode GeneralFailure = 31;
 
-}
-
-ErrorCode errorCode(int cause)
-{
-    const auto* found = std::find_if(std::begin(Causes), std::end(Causes),
-                                     [cause](const Cause& c) { return c.number == cause; });
-    return found == std::end(Causes) ? GeneralFailure : found->code;
-}
-
+// The first byte of a double-byte character.
 bool isLeadByte(char c)
 {
     struct LeadBytes {
@@ -45,6 +37,15 @@ bool isLeadByte(char c)
     };
     static const LeadBytes bytes;
     return bytes.isLead[static_cast<unsigned char>(c)];
+}
+
+}
+
+ErrorCode errorCode(int cause)
+{
+    const auto* found = std::find_if(std::begin(Causes), std::end(Causes),
+                                     [cause](const Cause& c) { return c.number == cause; });
+    return found == std::end(Causes) ? GeneralFailure : found->code;
 }
 
 void toSlashes(std::string& path)

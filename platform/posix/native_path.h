@@ -13,9 +13,6 @@ namespace Tools::Platform {
 // The Windows number for a cause named by errno. A missing name counts as a missing file.
 ErrorCode errorCode(int cause);
 
-// The first byte of a double-byte character.
-bool isLeadByte(char c);
-
 // Turns the backslashes of a path into slashes, but not the second bytes of double-byte characters.
 void toSlashes(std::string& path);
 

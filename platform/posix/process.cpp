@@ -1,10 +1,10 @@
 #include "platform/process.h"
 
 #include "platform/filesystem.h"
-#include "platform/posix/command_line.h"
 #include "platform/posix/environment.h"
 #include "platform/posix/file_access.h"
 #include "platform/posix/native_path.h"
+#include "platform/posix/program.h"
 #include "platform/posix/reaper.h"
 #include "platform/posix/retry.h"
 
@@ -178,7 +178,7 @@ ChildProcess& fromHandle(ProcessHandle process)
 
 ProcessHandle startProcess(const StartOptions& options)
 {
-    Command command = parseCommandLine(options.commandLine);
+    Command command = options.parse(options.commandLine, findProgram);
     if (command.program.empty())
         return nullptr;
     FileActions actions;

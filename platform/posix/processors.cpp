@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <numeric>
 
@@ -139,30 +138,10 @@ std::vector<ProcessorRecord> readTopology(const std::string& root, int fallbackC
     return Topology(root, fallbackCount).read();
 }
 
-bool hasProcessorInformation()
+Processors readProcessors()
 {
-    return true;
-}
-
-bool readProcessorInformation(void* buffer, std::uint32_t& size, int& error)
-{
-    const std::vector<ProcessorRecord> records =
-        readTopology("/sys/devices/system", static_cast<int>(::sysconf(_SC_NPROCESSORS_ONLN)));
-    const auto needed = static_cast<std::uint32_t>(records.size() * sizeof records.front());
-    const bool fits = buffer != nullptr && size >= needed;
-    if (fits)
-        std::memcpy(buffer, records.data(), needed);
-    error = fits ? 0 : BufferTooSmall;
-    size = needed;
-    return fits;
-}
-
-std::vector<ProcessorRecord> processorRecords(const void* buffer, std::uint32_t size)
-{
-    std::vector<ProcessorRecord> records(size / sizeof(ProcessorRecord));
-    if (!records.empty())
-        std::memcpy(records.data(), buffer, records.size() * sizeof(ProcessorRecord));
-    return records;
+    const long online = ::sysconf(_SC_NPROCESSORS_ONLN);
+    return {.records = readTopology("/sys/devices/system", static_cast<int>(online))};
 }
 
 }

@@ -429,9 +429,10 @@ void runWorks(Pool* pool, Work* const* works, std::size_t count)
     }
 }
 
-void runLoop(Pool* pool, const LoopBody& body, int count, int chunks)
+void runLoop(Pool* pool, const LoopBody& body, std::span<const Range> ranges)
 {
-    pool->run(body, static_cast<std::uint32_t>(chunks), ChunkRanges(count, chunks));
+    pool->run(body, static_cast<std::uint32_t>(ranges.size()),
+              [ranges](int i) { return ranges[static_cast<std::size_t>(i)]; });
 }
 
 }

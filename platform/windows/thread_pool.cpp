@@ -133,13 +133,12 @@ struct Chunk {
 
 }
 
-void runLoop(Pool* pool, const LoopBody& body, int count, int chunks)
+void runLoop(Pool* pool, const LoopBody& body, std::span<const Range> ranges)
 {
     std::vector<std::unique_ptr<Chunk>> items;
     std::vector<Work*> works;
-    const ChunkRanges ranges(count, chunks);
-    for (int i = 0; i < chunks; ++i) {
-        items.push_back(std::make_unique<Chunk>(body, ranges(i)));
+    for (const Range& range : ranges) {
+        items.push_back(std::make_unique<Chunk>(body, range));
         items.back()->work = createWork(pool, Chunk::run, items.back().get());
         works.push_back(items.back()->work);
     }
