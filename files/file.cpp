@@ -158,7 +158,7 @@ bool File::removeEx(const std::string& pattern)
     const Wildcard names(std::string_view(text).substr(directory.size()));
     return NameSearch::remove(directory, names, false,
                               [&directory](const std::string& name, Platform::ErrorCode code) {
-                                  // The letter behind the number belongs to the message.
+                                  // The letter after the number belongs to the message.
                                   debugPrintf("Tools::File::removeEx(%s): ERROR %ul occured.\n",
                                               (directory + name).c_str(), code);
                               });

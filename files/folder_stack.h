@@ -6,9 +6,9 @@
 
 namespace Tools {
 
-// The open folders from the start of a walk down to the current one. Only the deepest few are kept
-// open, so that depth costs no handles; the others are opened again on the way back, and only as
-// what they were before.
+// A stack with a window of open handles: the folders from the start of a walk down to the current
+// one. Only the deepest few are kept open, so that depth costs no handles; the others are opened
+// again on the way back, and only as what they were before.
 class FolderStack {
 public:
     void push(Platform::Folder folder);

@@ -53,7 +53,7 @@ bool waitForProcess(ProcessHandle process, int milliseconds);
 // Of a process that has ended.
 std::uint32_t getExitCode(ProcessHandle process);
 
-// The process itself goes on; nothing of it stays behind when it ends.
+// The process itself goes on; nothing of it remains when it ends.
 void closeProcess(ProcessHandle process);
 
 }

@@ -61,7 +61,7 @@ bool removeTree(KeyHandle parent, KeyNames names);
 int countSubkeys(KeyHandle key);
 int countValues(KeyHandle key);
 
-// False behind the last one.
+// False after the last one.
 bool subkeyName(KeyHandle key, int index, std::string& name);
 bool valueName(KeyHandle key, int index, std::string& name);
 

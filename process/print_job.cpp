@@ -161,7 +161,7 @@ std::string InvokeMdPrint::State::composeOptions() const
 
 std::string InvokeMdPrint::State::composePlaceholders() const
 {
-    // The list stands as soon as some content does, even if that one has no name.
+    // The list is there as soon as some content is, even if that one has no name.
     if (std::all_of(placeholders.begin(), placeholders.end(),
                     [](const auto& placeholder) { return placeholder.second.empty(); }))
         return {};

@@ -116,7 +116,7 @@ TEST_F(FileTest, comparesBytes)
         {1, 0},           {2, 1},
         {262144, 262143}, // a block, its end
         {262145, 262144}, {Big, 0},
-        {Big, 4'194'304}, // behind the part that one thread compares
+        {Big, 4'194'304}, // after the part that one thread compares
         {Big, 7'000'000}, {Big, Big - 1},
     };
     const std::string a = path("a");

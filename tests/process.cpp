@@ -58,7 +58,7 @@ std::string waitForRecord(const std::string& file)
     return readFile(file);
 }
 
-// The record of the recorder, run with this text behind its name.
+// The record of the recorder, run with this text after its name.
 std::string runRecorder(const std::string& arguments, std::uint32_t* code = nullptr,
                         const std::string& between = " ")
 {
@@ -273,7 +273,7 @@ TEST(Process, leaveNothingBehind)
 
 TEST(MailProcess, composesItsCommandLine)
 {
-    // A recorder takes the mailer's place on the search path.
+    // A recorder stands in for the mailer on the search path.
     const fs::path folder = fs::path(MdToolsTest::workDirectory()) / "mailer";
     fs::create_directory(folder);
     fs::copy_file(recorder(), folder / ("postie" + fs::path(recorder()).extension().string()));

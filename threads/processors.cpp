@@ -12,7 +12,7 @@ namespace {
 
 using Platform::ProcessorRecord;
 
-// What to assume when the count cannot be determined. The numbers differ so that they tell why.
+// What to assume when the count cannot be determined. The numbers differ by the reason.
 constexpr int CoresIfUnsupported = 1;
 constexpr int CoresWithoutMemory = 2;
 constexpr int CoresAfterError = 3;

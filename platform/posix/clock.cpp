@@ -31,7 +31,7 @@ std::string readProcessStatus()
     return std::string(text, static_cast<std::size_t>(std::max<ssize_t>(0, size)));
 }
 
-// On the clock of millisecondsSinceBoot(); now, where the system does not tell it.
+// On the clock of millisecondsSinceBoot(); now, where the system does not report it.
 std::int64_t processStart()
 {
     const std::string status = readProcessStatus();

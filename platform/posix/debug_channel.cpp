@@ -102,7 +102,7 @@ bool findDebugReceiver()
     const std::array<std::string, 2> directories = debugSocketDirectories();
     for (const std::string& directory : directories) {
         sockaddr_un address;
-        // The last one stands where everybody may write.
+        // The last one is in a directory that everybody may write to.
         if (!makeDebugSocketAddress(directory, address) ||
             (&directory == &directories.back() && !isPrivateDirectory(directory)))
             continue;

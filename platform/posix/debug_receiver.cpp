@@ -179,7 +179,7 @@ DebugListener::Start DebugListener::State::listenIn(const std::string& directory
 {
     if (!makeDebugSocketAddress(directory, address))
         return Start::Failed;
-    // Two receivers that start at once must not both take the place of a dead one.
+    // Two receivers that start at once must not both replace a dead one.
     const FileDescriptor lock(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!lock.valid())
         return Start::Failed;

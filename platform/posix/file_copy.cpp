@@ -20,7 +20,7 @@ constexpr std::size_t BlockSize = std::size_t{64} * 1024;
 constexpr std::size_t RangeSize = std::size_t{1} << 30;
 
 // `size` is what the system says; files that it makes up on reading have 0 and nevertheless
-// contents. With them alone only an empty read tells the end.
+// contents. With them alone only an empty read is the end.
 int copyByBlocks(int source, int target, off_t size)
 {
     std::array<char, BlockSize> block; // NOLINT(*-member-init): filled by read()
@@ -36,7 +36,7 @@ int copyByBlocks(int source, int target, off_t size)
 }
 
 // Only the cause of a failure that blocks would meet as well is final; a file system that cannot
-// do it itself leaves the rest, wherever both files stand now, to blocks.
+// do it itself leaves the rest, from wherever both files are now, to blocks.
 int copyBySystem(int source, int target, off_t size)
 {
     if (::ioctl(target, FICLONE, source) == 0)

@@ -232,7 +232,7 @@ ErrorCode renameEntry(const std::string& oldPath, const std::string& newPath)
     if (cause == 0)
         return 0;
     if (cause == EINVAL || cause == ENOSYS) {
-        // The file system cannot tell in the same step whether the new name is free.
+        // The file system cannot find out in the same step whether the new name is free.
         struct stat status = {};
         if (to.status(status) == 0)
             return AlreadyExists;

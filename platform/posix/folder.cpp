@@ -24,8 +24,8 @@ EntryType typeOf(mode_t mode)
     return S_ISDIR(mode) ? EntryType::Directory : EntryType::File;
 }
 
-// For the entries whose type the enumeration itself does not tell: links, and all of them on a few
-// file systems.
+// For the entries whose type the enumeration itself does not report: links, and all of them on a
+// few file systems.
 EntryType lookUpType(int folder, const char* name)
 {
     struct stat status = {};

@@ -35,8 +35,9 @@ void noteProcessEnd(void*)
 
 }
 
-// The system calls registered functions at the end of the process all of them, at unloading only
-// those under the library's own handle. So the one under another handle tells the two apart.
+// At the end of the process the system calls all registered functions, at unloading only those
+// under the library's own handle. So one under another handle has been called in the first case
+// only.
 void watchLibraryEnd(EndHandler run)
 {
     s_run = run;

@@ -73,7 +73,7 @@ public:
     }
 
 private:
-    // Each core, cache and package is told by the first of its processors.
+    // Each core, cache and package is reported by the first of its processors.
     void addProcessor(int processor)
     {
         const std::string directory = m_root + "/cpu/cpu" + std::to_string(processor);

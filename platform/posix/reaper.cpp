@@ -44,7 +44,7 @@ bool reap(const Child& child)
     return retryInterrupted([&] { return ::waitpid(child.id, nullptr, WNOHANG); }) != 0;
 }
 
-// What tells that some child may have ended or a new one has come.
+// What to poll for a child that may have ended or a new one that has come.
 struct Changes {
     std::vector<pollfd> entries;
     int timeout = -1;

@@ -60,7 +60,8 @@ int startFile(const std::string& program, std::vector<std::string> arguments)
     return Success;
 }
 
-// What xdg-open tells within a moment; one that goes on has found something to open the file with.
+// What xdg-open reports within a moment; one that goes on has found something to open the file
+// with.
 int openWithDesktop(const std::string& file)
 {
     constexpr int Moment = 2000;

@@ -76,7 +76,7 @@ bool deliverDebugBlock()
 {
     ::SetLastError(ERROR_SUCCESS);
     const LRESULT result = ::SendMessageA(s_receiver, s_message, 0, static_cast<LPARAM>(s_process));
-    // The receiver's answer may be 0, too, and its handler may leave any error behind.
+    // The receiver's answer may be 0, too, and its handler may leave any error.
     return result != 0 || ::GetLastError() != ERROR_INVALID_WINDOW_HANDLE || ::IsWindow(s_receiver);
 }
 

@@ -54,7 +54,7 @@ bool registerClass()
     description.lpfnWndProc = handleMessage;
     description.hInstance = ownModule();
     description.lpszClassName = ClassName;
-    // Left behind, the class would call into memory that the library has left.
+    // A class that stayed would call into memory that the library has left.
     onLibraryEnd([](LibraryEnd end) {
         if (end == LibraryEnd::Unloading)
             ::UnregisterClassA(ClassName, ownModule());
