@@ -10,6 +10,7 @@
 
 namespace Tools {
 
+// A search under way. The members are made in this order, as each one works on the one before.
 struct Directory::Search {
     Search(const std::string& directory, std::string_view pattern)
         : names(pattern), folder(directory.empty() ? std::string(".") : directory), reader(folder)
@@ -65,6 +66,7 @@ bool Directory::copy(const std::string& source, const std::string& target,
                      const std::vector<std::string>& includePatterns,
                      const std::vector<std::string>& excludePatterns)
 {
+    // The patterns are compiled once for the whole tree.
     Tree::CopyRules rules;
     for (const std::string& pattern : includePatterns)
         rules.includes.emplace_back(pattern);
@@ -111,6 +113,7 @@ bool Directory::find(std::string& name)
             return true;
         }
     }
+    // The next find() is to find nothing, and the directory need not stay open until then.
     m_search.reset();
     return false;
 }

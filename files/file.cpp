@@ -155,6 +155,7 @@ bool File::removeEx(const std::string& pattern)
     const Path parts(text);
     const std::string directory =
         text.substr(0, parts.location().size() + parts.directory().size());
+    // Wildcards in a directory's name mean nothing; only the last component is a pattern.
     const Wildcard names(std::string_view(text).substr(directory.size()));
     return NameSearch::remove(directory, names, false,
                               [&directory](const std::string& name, Platform::ErrorCode code) {

@@ -47,6 +47,7 @@ void FileOutput::State::append(double value)
     line.append(exponent, end);
 }
 
+// One write a line, so that lines of several programs do not mix.
 void FileOutput::State::end()
 {
     line += '\n';

@@ -45,6 +45,7 @@ std::string getInstallationDirectory(bool useGroupKey)
     return directory;
 }
 
+// All or nothing: a path cut short would be another one.
 bool getInstallationDirectory(char* buffer, std::size_t size)
 {
     if (buffer == nullptr || size == 0)
@@ -75,6 +76,7 @@ std::string getUserDirectory()
 
 std::string getUserDirectoryOld()
 {
+    // The settings, the variables, the installation: the first that has an answer.
     const std::string settings = getMerodaRegistryPath("SETTINGS");
     const RegistryValue value =
         Registry::find(Registry::CurrentUser, settings, false)["UserDirectory"];

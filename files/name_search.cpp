@@ -73,6 +73,7 @@ public:
     }
 
 private:
+    // Grows by doubling: reserve() alone would copy all results again for each directory.
     void append(const NameList& found)
     {
         using Type = File::Info::Type;
@@ -88,6 +89,7 @@ private:
     bool m_recursive;
     std::vector<File::Info>& m_result;
     std::string m_directory;
+    // The lengths that m_directory had, level by level.
     std::vector<std::size_t> m_ends;
 };
 

@@ -61,6 +61,8 @@ bool Path::operator==(const Path& other) const
 void Path::setPath(const std::string& text)
 {
     if (!text.empty()) {
+        // From the left: what is a location is no directory any more, and a dot in a directory is
+        // no extension.
         std::string rest = convert(text, true);
         m_location = rest.substr(0, locationLength(rest));
         rest.erase(0, m_location.size());

@@ -16,6 +16,10 @@ namespace {
 
 struct Send;
 
+// One inbox a thread, one lock for all of them. Two rules keep threads from waiting for each other
+// for ever: no handler runs under the lock, and a thread that waits for an answer handles what is
+// sent to its own windows meanwhile.
+
 // What other threads have sent to the windows of one thread. The thread waits here, too, for the
 // answers to what it has sent itself.
 struct Inbox {

@@ -62,6 +62,8 @@ Command parse(const std::string& line, ProgramFinder findProgram)
     return {};
 }
 
+// A state machine over the characters: in or out of quotes, in an argument or between two. A run of
+// backslashes is read at once, as the character after it decides what it means.
 std::vector<std::string> splitArguments(const std::string& text)
 {
     const CodePage::ByteFlags& isLead = CodePage::get().leadBytes();

@@ -106,6 +106,7 @@ private:
     std::string composePlaceholders() const;
 };
 
+// The element names and their order are what the print tool reads.
 std::string InvokeMdPrint::State::compose() const
 {
     return "<?xml version=\"1.0\"?>\n<MDPrintParameter>\n" + composeProjectPath() + composeFiles() +
@@ -145,6 +146,7 @@ std::string InvokeMdPrint::State::composeFiles() const
     return text + " </Eingabedateien>\n";
 }
 
+// Only what differs from the default is written.
 std::string InvokeMdPrint::State::composeOptions() const
 {
     std::string text = " <Optionen Env=\"meroda\"";

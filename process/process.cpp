@@ -33,6 +33,8 @@ struct Process::State {
     Platform::StartOptions startOptions() const;
 };
 
+// The child inherits the environment of the caller, so the overrides are made there for the time of
+// the start.
 void Process::State::applyEnvironment()
 {
     for (auto& [name, variable] : environment) {
@@ -68,6 +70,7 @@ Platform::StartOptions Process::State::startOptions() const
     Platform::StartOptions options = startOptionsFor(commandLine);
     options.currentDirectory = currentDirectory;
     options.noConsoleWindow = hideWindow;
+    // Whatever priority the caller runs at, its children are ordinary programs.
     options.normalPriority = true;
     if (show) {
         options.title = windowTitle;
@@ -147,6 +150,7 @@ bool Process::run()
         waitForEnd(process);
         m_state->returnCode = Platform::getExitCode(process);
     }
+    // Restored in either case, the failed start included.
     close(process);
     m_state->restoreEnvironment();
     return process != nullptr;

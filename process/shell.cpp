@@ -37,6 +37,7 @@ constexpr Row Failures[] = {
     {Shell::LibraryNotFound, 7052},
 };
 
+// Every number above the failures is a success; a failure without a row is unknown.
 Row toRow(int result)
 {
     if (result > LastFailure)
@@ -57,6 +58,7 @@ Shell::~Shell() = default;
 Shell::ErrorCode Shell::execute(const std::string& file, const std::string& parameters)
 {
     const Row row = toRow(Platform::shellExecute(file, parameters, CommandLine::splitArguments));
+    // Two of the texts end where the file's name belongs.
     m_message = MdText::LoadGui(row.text);
     if (row.code == FileNotFound)
         m_message += file;

@@ -33,6 +33,7 @@ void report(const ProcessorSource& source, const char* format, Arguments... argu
     source.report(text.data());
 }
 
+// Two hardware threads of a core are one record of relation Core with two bits.
 void count(const ProcessorSource& source, const ProcessorRecord& record, Totals& totals)
 {
     switch (record.relation) {

@@ -13,6 +13,7 @@ namespace {
 
 std::atomic<void (*)()> s_handler{nullptr};
 
+// In a signal handler: nothing but an atomic load and what the handler itself may do there.
 void handleSignal(int)
 {
     const int error = errno;

@@ -27,6 +27,12 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+// The receiver's end belongs to the one thread that runs the listener; only stop() comes from
+// others, and it writes to nothing but an event. A sender's block is mapped for reading and may be
+// looked at between a sender's request and the answer only, while its sender waits. Nothing in it
+// is trusted: neither that it ends with a NUL nor that it stays as it is, should another thread of
+// a broken sender go on writing.
+
 // Some 40 microseconds.
 constexpr int IdleRounds = 200;
 // After so many rounds the others are looked after, busy as these senders may be.

@@ -130,6 +130,7 @@ ErrorCode createDirectory(const std::string& path)
     return native.error(errno);
 }
 
+// Walks down through open directories: no level is too deep, and none is looked up twice.
 ErrorCode createDirectories(const std::string& path)
 {
     std::string text = path.substr(0, path.find('\0'));
@@ -202,6 +203,7 @@ ErrorCode copyFile(const std::string& source, const std::string& target)
     if (isLockedAgainst(input.get(), FileLock::Shared))
         return SharingViolation;
 
+    // First as a new file, so that what is removed after a failure is certainly the copy's own.
     FileDescriptor output = to.open(O_WRONLY | O_CREAT | O_EXCL, inputStatus.st_mode & Permissions);
     const bool existed = !output.valid() && errno == EEXIST;
     if (existed)
@@ -258,6 +260,7 @@ std::FILE* openStream(const std::string& path, const std::string& mode)
             (wanted.truncates && ::ftruncate(file.get(), 0) != 0))
             return nullptr;
     }
+    // From here on the stream owns the descriptor, and with it the lock.
     std::FILE* stream = ::fdopen(file.get(), wanted.text.c_str());
     if (stream != nullptr)
         file.release();
@@ -274,6 +277,7 @@ bool isLocked(const std::string& path)
         return true;
     if (S_ISDIR(status.st_mode) || isWriteProtected(native.folder(), native.name(), status))
         return true;
+    // Without O_NONBLOCK a pipe that nobody reads would hold up the caller.
     const FileDescriptor file = native.open(O_RDWR | O_NONBLOCK);
     return !file.valid() || isLockedAgainst(file.get(), FileLock::Exclusive);
 }

@@ -40,6 +40,8 @@ EntryType lookUpType(int folder, const char* name)
 
 }
 
+// A folder is its descriptor: everything below it is named relative to that, so a tree that is
+// renamed meanwhile is still the one that was opened.
 struct Folder::State {
     explicit State(FileDescriptor descriptor) : file(std::move(descriptor)) {}
 
@@ -98,6 +100,8 @@ ErrorCode Folder::createChild(const std::string& name, const Folder& model) cons
 
 ErrorCode Folder::removeFile(const std::string& name, bool force) const
 {
+    // The kernel asks for the right to change the directory only; the file's own protection is ours
+    // to mind.
     if (!force) {
         struct stat status = {};
         if (::fstatat(m_state->get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
@@ -155,6 +159,8 @@ ErrorCode Folder::copyLink(const std::string& name, EntryType, const Folder& tar
     return cause == 0 ? 0 : errorCode(cause);
 }
 
+// The entries come in blocks straight from the kernel; the C library's reader would allocate and
+// copy.
 struct FolderReader::State {
     int folder = -1;
     bool failed = false;

@@ -58,6 +58,8 @@ void toSlashes(std::string& path)
     }
 }
 
+// The invariant of the walk: `rest` is what remains of the text, relative to m_folder, and does not
+// begin with a slash once a folder is open. Each step opens the longest prefix that one call takes.
 NativePath::NativePath(const std::string& path)
     : m_text(path.substr(0, path.find('\0'))), m_name(m_text.data()), m_noFolder(AT_FDCWD)
 {
@@ -92,6 +94,7 @@ ErrorCode NativePath::error(int cause) const
     return errorCode(cause);
 }
 
+// Asked only after a failure, so its cost does not matter.
 bool NativePath::hasParent() const
 {
     std::string parent(m_name);

@@ -158,6 +158,7 @@ pid_t spawn(const Command& command, const FileActions& actions)
     return error == 0 ? id : -1;
 }
 
+// The pidfd names this very child, even if its number should be used again after its end.
 ProcessHandle start(const Command& command, const FileActions& actions)
 {
     const pid_t id = spawn(command, actions);

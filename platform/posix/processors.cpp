@@ -43,6 +43,8 @@ int readNumber(const std::string& path)
     return number;
 }
 
+// A bit a processor. With one above 63 in the group only the number of bits is right, which is what
+// processors are counted by.
 std::uint64_t toMask(const Numbers& processors)
 {
     std::uint64_t mask = 0;

@@ -22,6 +22,12 @@ struct Child {
     FileDescriptor descriptor;
 };
 
+// All but the descriptor of the event is read and written under the lock. `running` says that the
+// thread is there and will look at `children` once more: it is set when the thread is started, and
+// cleared by the thread, in the same hold of the lock in which it found no children. So a child
+// that is added meanwhile finds either a thread that will see it or the need to start one. Outside
+// of the lock the thread polls descriptors that it alone closes.
+//
 // Never destroyed: the thread may look at it to the very end of the process.
 struct Reaper {
     std::mutex mutex;

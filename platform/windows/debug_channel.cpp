@@ -11,6 +11,10 @@ namespace Tools::Platform {
 
 namespace {
 
+// The sender's end. The handles are written by the one thread that opens the channel, before the
+// link counts as open, and by closing. The block belongs to the thread that has taken the event;
+// s_holder is that thread's id from after taking it until before giving it back, so that any thread
+// may compare it with its own.
 HWND s_receiver = nullptr;
 UINT s_message = 0;
 DWORD s_process = 0;

@@ -120,6 +120,7 @@ ErrorCode Folder::copyLink(const std::string& name, EntryType type, const Folder
     return ERROR_NOT_SUPPORTED;
 }
 
+// The search begins with the first call, as the system delivers an entry on opening it.
 struct FolderReader::State {
     std::string pattern;
     HANDLE search = INVALID_HANDLE_VALUE;

@@ -92,6 +92,7 @@ WorkHandle workHandle(const Work* work)
     return work->handle;
 }
 
+// All are submitted before the first is waited for: the pool's threads take them in this order.
 void runWorks(Pool*, Work* const* works, std::size_t count)
 {
     // An item for which the system had no work object runs here rather than not at all.
