@@ -15,8 +15,6 @@ public:
     // Back to the parent. False if the folder was moved elsewhere meanwhile: there is no way back.
     bool pop();
 
-    bool empty() const { return m_levels.empty(); }
-    std::size_t depth() const { return m_levels.size(); }
     const Platform::Folder& top() const { return m_levels.back().folder; }
 
 private:

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <utility>
 
 // platform/open_file.h - files that are held open, and read or extended in pieces.
 namespace Tools::Platform {

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <string>
 
-#include <sys/stat.h>
 #include <sys/un.h>
 
 // debug_socket.h - what both ends of the debug channel have to agree on here.

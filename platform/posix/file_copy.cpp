@@ -4,7 +4,6 @@
 
 #include <array>
 #include <climits>
-#include <fcntl.h>
 #include <linux/fs.h>
 #include <string>
 #include <sys/ioctl.h>

@@ -4,7 +4,6 @@
 #include "platform/posix/file_copy.h"
 #include "platform/posix/native_path.h"
 
-#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>

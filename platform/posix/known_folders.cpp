@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdint>
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/random.h>

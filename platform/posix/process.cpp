@@ -13,7 +13,6 @@
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
-#include <limits>
 #include <mutex>
 #include <poll.h>
 #include <spawn.h>

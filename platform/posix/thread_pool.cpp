@@ -7,7 +7,6 @@
 #include <climits>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include <csignal>

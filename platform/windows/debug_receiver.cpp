@@ -4,7 +4,6 @@
 #include "platform/windows/debug_names.h"
 
 #include <algorithm>
-#include <string>
 
 #include <windows.h>
 
