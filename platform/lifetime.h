@@ -18,7 +18,7 @@ using EndHandler = void (*)(LibraryEnd);
 
 // `handler` is called once, at the library's end: on Linux after all static objects have been
 // destroyed, on Windows after those that were made later than the first handler. The last one
-// registered is called first. A handler must not rely on static objects therefore.
+// registered is called first. So a handler does not rely on static objects.
 void onLibraryEnd(EndHandler handler);
 
 // Whether it is that end already, or as good as that: asked by those who would wait for a thread.

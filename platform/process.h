@@ -28,7 +28,7 @@ using CommandParser = Command (*)(const std::string& line, ProgramFinder findPro
 struct StartOptions {
     // Program and arguments.
     std::string commandLine;
-    CommandParser parse;
+    CommandParser parse = nullptr;
     // Empty: the caller's own.
     std::string currentDirectory;
     // The file that the child reads as its standard input; empty: the caller's own.

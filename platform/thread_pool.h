@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <functional>
-#include <span>
 
 // platform/thread_pool.h - a private pool of threads that runs batches of work.
 namespace Tools::Platform {
@@ -32,9 +31,10 @@ struct Range {
     int end;
 };
 
-// Likewise calls `body(begin, end)` for each of the ranges. Each call is made on a copy of `body`
-// of its own, which is destroyed by the thread that called it.
+// Likewise calls `body(begin, end)` for the ranges with the numbers from 0 to `count`. Each call is
+// made on a copy of `body` of its own, which is destroyed by the thread that called it.
 using LoopBody = std::function<void(int begin, int end)>;
-void runLoop(Pool* pool, const LoopBody& body, std::span<const Range> ranges);
+using LoopRanges = std::function<Range(int number)>;
+void runLoop(Pool* pool, const LoopBody& body, int count, const LoopRanges& ranges);
 
 }

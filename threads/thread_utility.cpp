@@ -5,7 +5,6 @@
 #include "threads/sized_pool.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace Tools {
 
@@ -15,8 +14,6 @@ struct LoopPool {
     Platform::Pool* pool = createSizedPool();
     // One loop at a time.
     CriticalSection lock;
-    // Those of the present loop; kept, as most loops are divided alike.
-    std::vector<Platform::Range> ranges;
 };
 
 LoopPool* loopPool;
@@ -38,13 +35,11 @@ LoopPool* createLoopPool()
 }
 
 // Equal parts of 0 to `count`, the last of which takes what the division leaves over.
-void divide(int count, int chunks, std::vector<Platform::Range>& ranges)
+Platform::LoopRanges divide(int count, int chunks)
 {
-    const int length = count / chunks;
-    ranges.clear();
-    for (int i = 0; i < chunks; ++i)
-        ranges.push_back({i * length, (i + 1) * length});
-    ranges.back().end = count;
+    return [count, last = chunks - 1, length = count / chunks](int i) {
+        return Platform::Range{i * length, i == last ? count : (i + 1) * length};
+    };
 }
 
 // Halved, not cut to `count`: callers know the ranges that come of it.
@@ -68,8 +63,7 @@ void ThreadUtility::forEach(int count, std::function<void(int begin, int end)> b
     const int chunks = chunkCount(count, sequential);
     static LoopPool* const loop = createLoopPool();
     const CriticalSectionLocker locker(loop->lock);
-    divide(count, chunks, loop->ranges);
-    Platform::runLoop(loop->pool, body, loop->ranges);
+    Platform::runLoop(loop->pool, body, chunks, divide(count, chunks));
 }
 
 }

@@ -120,7 +120,7 @@ public:
     // Makes `count` calls of copies of `body`, each with the range that `range` gives for its
     // number.
     template <class Ranges>
-    void run(const LoopBody& body, std::uint32_t count, Ranges range);
+    void run(const LoopBody& body, std::uint32_t count, const Ranges& range);
 
 private:
     // A call, and for threads that look out for work all that they need on one line.
@@ -233,7 +233,7 @@ Pool::~Pool()
 }
 
 template <class Ranges>
-void Pool::run(const LoopBody& body, std::uint32_t count, Ranges range)
+void Pool::run(const LoopBody& body, std::uint32_t count, const Ranges& range)
 {
     if (m_forks != forks.load(std::memory_order_relaxed))
         adoptAfterFork();
@@ -452,10 +452,9 @@ void runWorks(Pool* pool, Work* const* works, std::size_t count)
     }
 }
 
-void runLoop(Pool* pool, const LoopBody& body, std::span<const Range> ranges)
+void runLoop(Pool* pool, const LoopBody& body, int count, const LoopRanges& ranges)
 {
-    pool->run(body, static_cast<std::uint32_t>(ranges.size()),
-              [ranges](int i) { return ranges[static_cast<std::size_t>(i)]; });
+    pool->run(body, static_cast<std::uint32_t>(count), ranges);
 }
 
 }

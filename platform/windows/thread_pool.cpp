@@ -134,12 +134,12 @@ struct Chunk {
 
 }
 
-void runLoop(Pool* pool, const LoopBody& body, std::span<const Range> ranges)
+void runLoop(Pool* pool, const LoopBody& body, int count, const LoopRanges& ranges)
 {
     std::vector<std::unique_ptr<Chunk>> items;
     std::vector<Work*> works;
-    for (const Range& range : ranges) {
-        items.push_back(std::make_unique<Chunk>(body, range));
+    for (int i = 0; i < count; ++i) {
+        items.push_back(std::make_unique<Chunk>(body, ranges(i)));
         items.back()->work = createWork(pool, Chunk::run, items.back().get());
         works.push_back(items.back()->work);
     }
