@@ -95,6 +95,7 @@ bool Directory::setCurrent(const std::string& name)
 
 bool Directory::start(const std::string& pattern, std::string& name)
 {
+    // The pattern is the last component only; wildcards above it are taken for plain characters.
     const Path parts(pattern);
     const std::size_t end = parts.location().size() + parts.directory().size();
     m_search =

@@ -102,6 +102,7 @@ bool File::isEmpty(const Path& name)
 
 bool File::isEqual(const std::string& a, const std::string& b)
 {
+    // Both are open before a byte is compared, so that neither is exchanged in between.
     const Platform::InputFile first(a);
     const Platform::InputFile second(b);
     return first.isOpen() && second.isOpen() && haveSameBytes(first, second);
@@ -167,6 +168,7 @@ bool File::removeEx(const std::string& pattern)
 
 bool File::removeFiles(const std::vector<std::string>& names)
 {
+    // Every one is tried, whatever became of the one before.
     bool succeeded = true;
     for (const std::string& name : names)
         succeeded &= remove(name);

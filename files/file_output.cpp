@@ -101,6 +101,7 @@ void FileOutput::write(const char* label, const char* text)
     write(std::string(orEmpty(label)), std::string(orEmpty(text)));
 }
 
+// A single value is a list of one.
 template <class Number>
 void FileOutput::writeList(std::string_view label, const Number* values, std::size_t count)
 {

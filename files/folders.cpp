@@ -37,6 +37,7 @@ std::string getInstallationDirectory(bool useGroupKey)
     if (value.type() != RegistryValue::String)
         return {};
     std::string directory = value.getString();
+    // A newer edition lies beside the older one, under its name and a number.
     const std::string newer = directory + "26" + C::Backslash;
     if (Platform::isDirectory(newer))
         directory = newer;

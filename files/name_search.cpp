@@ -28,6 +28,8 @@ bool isDirectory(EntryType type)
     return type == EntryType::Directory || type == EntryType::DirectoryLink;
 }
 
+// Collects what matches, a directory at a time: sorted there, so that no sort of the whole is
+// needed.
 class Finder : public Tree::Visitor {
 public:
     Finder(const std::string& directory, const Wildcard& pattern, bool recursive,
@@ -93,6 +95,7 @@ private:
     std::vector<std::size_t> m_ends;
 };
 
+// Removes what matches; links to directories stay, as they are no files.
 class Remover : public Tree::Visitor {
 public:
     Remover(const Wildcard& pattern, bool recursive, const Report& report)

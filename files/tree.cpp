@@ -107,6 +107,7 @@ private:
     bool m_succeeded = true;
 };
 
+// Removes files on the way down and directories on the way up, when they are empty.
 class Remover : public Visitor {
 public:
     explicit Remover(bool force) : m_force(force) {}

@@ -72,6 +72,7 @@ std::vector<std::string> splitArguments(const std::string& text)
     bool quoted = false;
     bool inArgument = false;
     for (std::size_t i = 0; i < text.size();) {
+        // 2n backslashes before a quote are n and the quote counts; 2n + 1 are n and a plain quote.
         const std::size_t backslashes = std::min(text.find_first_not_of('\\', i), text.size()) - i;
         i += backslashes;
         const bool atQuote = i < text.size() && text[i] == '"';

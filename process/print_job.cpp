@@ -32,6 +32,7 @@ bool isPlain(char c)
            c == ',' || c == '-' || c == '.';
 }
 
+// XML character references with three digits, byte by byte: the tool puts the bytes together again.
 std::string escaped(const std::string& text)
 {
     std::string result;
@@ -92,6 +93,7 @@ struct InvokeMdPrint::State {
                !fortranScripts.empty() || !textBlocks.empty();
     }
 
+    // The names are in the user's language, and looked up anew, as that may have changed.
     void setPlaceholder(unsigned id, const std::string& content)
     {
         placeholders[MdTextResource::get()->loadString(id)] = content;
@@ -296,6 +298,7 @@ void InvokeMdPrint::setDeleteXmlFile(DeleteFiles deleteFiles)
 
 void InvokeMdPrint::startMdPrint(bool wait)
 {
+    // Without files the tool is started with the parameter file of an earlier job, if there is one.
     if (m_state->hasFiles())
         writeText(m_state->parameterFile, m_state->compose());
     Process tool;

@@ -76,6 +76,7 @@ Platform::StartOptions Process::State::startOptions() const
         options.title = windowTitle;
         options.show = Platform::ShowWindow::Show;
     }
+    // One number alone would leave the other to chance.
     if (windowWidth != 0 && windowHeight != 0) {
         options.width = windowWidth;
         options.height = windowHeight;

@@ -25,6 +25,7 @@ struct Totals {
     std::array<int, 3> caches{};
 };
 
+// The debug channel takes whole texts, so numbers are put in here.
 template <class... Arguments>
 void report(const ProcessorSource& source, const char* format, Arguments... arguments)
 {

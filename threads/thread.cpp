@@ -34,6 +34,7 @@ int Thread::thread(Thread* thread)
 {
     while (thread->run()) {
     }
+    // Read before the object goes; destructors may not change it any more.
     const int result = thread->result();
     delete thread;
     return result;

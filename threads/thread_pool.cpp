@@ -10,6 +10,7 @@
 
 namespace Tools {
 
+// The lock guards the lists, and by being held through a run makes runs follow one another.
 struct ThreadPool::State {
     Platform::Pool* pool = createSizedPool();
     CriticalSection lock;
@@ -57,6 +58,7 @@ void ThreadPool::runWorks()
 {
     const CriticalSectionLocker locker(m_state->lock);
     std::vector<Platform::Work*>& works = m_state->works;
+    // Items only come at the end or go all at once, so the sizes tell whether the lists differ.
     if (works.size() != m_state->items.size()) {
         works.clear();
         for (const auto& item : m_state->items)

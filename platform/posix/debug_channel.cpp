@@ -44,6 +44,7 @@ Patience s_patience(AnswerTries);
 int connectTo(const sockaddr_un& address)
 {
     FileDescriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    // On a local socket this limits connect() as well.
     ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &ConnectLimit, sizeof(ConnectLimit));
     const bool isConnected =
         ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
@@ -92,6 +93,7 @@ ssize_t receive(int flags)
     return retryInterrupted([&] { return ::recv(s_socket, &answer, sizeof(answer), flags); });
 }
 
+// Adaptive spinning: a receiver on another processor answers before a sleep would have begun.
 bool waitForAnswer()
 {
     for (int tries = s_patience.next(); tries > 0; --tries) {

@@ -147,6 +147,8 @@ void serveWhileAwake(const std::vector<Sender*>& active, const DebugPieceHandler
         patience.failed();
 }
 
+// The name of a socket outlives its owner; only a connection shows that somebody listens. A full
+// queue is somebody, too.
 bool isAnswering(const sockaddr_un& address)
 {
     const FileDescriptor socket(
@@ -187,6 +189,7 @@ DebugListener::Start DebugListener::State::listenIn(const std::string& directory
     if (!makeDebugSocketAddress(directory, address))
         return Start::Failed;
     // Two receivers that start at once must not both replace a dead one.
+    // The lock goes with the descriptor, whatever way this function is left.
     const FileDescriptor lock(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!lock.valid())
         return Start::Failed;

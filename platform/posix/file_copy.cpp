@@ -52,6 +52,8 @@ int copyBySystem(int source, int target, off_t size)
     }
 }
 
+// Contents first: permissions that forbid writing would be in the way, and every write sets the
+// time.
 int copyContents(int source, const struct stat& sourceStatus, int target,
                  const struct stat& targetStatus)
 {

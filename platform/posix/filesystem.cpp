@@ -29,6 +29,7 @@ struct OpenMode {
     std::string text;
 };
 
+// "b" and "t" mean nothing here: text is written as it is.
 OpenMode parseMode(const std::string& mode)
 {
     OpenMode result;
@@ -65,6 +66,7 @@ ErrorCode takeOver(const FileDescriptor& file, const struct stat& status, const 
     return ::ftruncate(file.get(), 0) == 0 ? 0 : errorCode(errno);
 }
 
+// A target that must not exist yet.
 int copyNew(const NativePath& from, const struct stat& status, const NativePath& to)
 {
     const FileDescriptor source = from.open(O_RDONLY | O_NONBLOCK);
@@ -91,6 +93,7 @@ int moveAcross(const NativePath& from, const NativePath& to)
         return cause;
     if (::unlinkat(from.folder(), from.name(), 0) == 0)
         return 0;
+    // Two of the entry would be left; better the old one alone.
     cause = errno;
     ::unlinkat(to.folder(), to.name(), 0);
     return cause;

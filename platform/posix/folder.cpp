@@ -73,6 +73,7 @@ FolderIdentity Folder::identity() const
     return {status.st_dev, status.st_ino};
 }
 
+// O_NOFOLLOW: a directory that became a link since it was listed leads nowhere.
 Folder Folder::openChild(const std::string& name) const
 {
     Folder child;
@@ -123,6 +124,7 @@ ErrorCode Folder::removeChild(const std::string& name) const
     return result == 0 ? 0 : errorCode(errno);
 }
 
+// What may be removed from a directory is a matter of the directory's rights, not of the entry's.
 void Folder::allowRemoval() const
 {
     struct stat status = {};

@@ -83,6 +83,7 @@ std::string temporaryDirectory()
     return path;
 }
 
+// A random name and O_EXCL: nobody can have put a file or a link there before.
 std::string createTemporaryFile(const std::string& prefix)
 {
     constexpr int Attempts = 100;
@@ -109,6 +110,7 @@ std::string createTemporaryFile(const std::string& prefix)
 
 std::string userName()
 {
+    // The system's list first: the variable can be set to anything.
     std::string name = userEntry(&passwd::pw_name);
     return name.empty() ? variable("USER") : name;
 }

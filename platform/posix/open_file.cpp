@@ -17,6 +17,7 @@ namespace {
 
 constexpr mode_t FileMode = 0666;
 constexpr std::size_t BlockSize = std::size_t{256} * 1024;
+// So much is mapped at once, which a process has room for however large the file is.
 constexpr std::size_t WindowSize = std::size_t{8} * 1024 * 1024;
 
 int descriptor(std::intptr_t handle)

@@ -150,6 +150,7 @@ pid_t spawn(const Command& command, const FileActions& actions)
     for (const std::string& argument : command.arguments)
         arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);
+    // A copy: another thread may change a variable while the child is being made.
     const std::vector<char*> environment = copyEnvironment();
     pid_t id = -1;
     const int error = ::posix_spawn(&id, command.program.c_str(), actions.get(), attributes.get(),
@@ -169,6 +170,7 @@ ProcessHandle start(const Command& command, const FileActions& actions)
     return child;
 }
 
+// A handle is the pointer itself; it is the caller's until closeProcess().
 ChildProcess& fromHandle(ProcessHandle process)
 {
     return *static_cast<ChildProcess*>(process);
@@ -196,6 +198,7 @@ ProcessHandle startProcess(const StartOptions& options)
     std::string directory = options.currentDirectory;
     toSlashes(directory);
     if (!directory.empty() && directory != ".") {
+        // The child changes the directory before it starts the program.
         command.program = absolute(command.program);
         actions.startIn(directory);
     }

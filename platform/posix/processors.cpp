@@ -91,6 +91,7 @@ private:
         addCaches(directory + "/cache/index", processor);
     }
 
+    // The kernel numbers a processor's caches without gaps.
     void addCaches(const std::string& prefix, int processor)
     {
         for (int i = 0;; ++i) {

@@ -10,6 +10,7 @@ namespace Tools::Platform {
 
 namespace {
 
+// A directory has the right to be executed as well, so only plain files count.
 bool isExecutableFile(const std::string& name)
 {
     struct stat status = {};
@@ -17,6 +18,7 @@ bool isExecutableFile(const std::string& name)
            ::access(name.c_str(), X_OK) == 0;
 }
 
+// An empty part of the path is the current directory, as shells take it.
 std::string findOnPath(const std::string& name)
 {
     std::string path;

@@ -119,6 +119,7 @@ void reapLater(pid_t child, FileDescriptor descriptor)
 {
     Reaper& own = reaper();
     const std::lock_guard<std::mutex> lock(own.mutex);
+    // The first child of this process, which may be a fork of one that had a reaper.
     if (own.owner != ::getpid()) {
         own.owner = ::getpid();
         own.running = false;

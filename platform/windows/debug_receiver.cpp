@@ -53,6 +53,8 @@ struct DebugListener::State {
     static LRESULT CALLBACK handle(HWND window, UINT message, WPARAM word, LPARAM value);
 };
 
+// Opened for each piece: a sender's id may be that of another process by the next one. The text is
+// not trusted to end with a NUL.
 void DebugListener::State::receive(std::uint32_t sender) const
 {
     const Block block(sender);
@@ -89,6 +91,7 @@ DebugListener::~DebugListener()
 
 DebugListener::Start DebugListener::start()
 {
+    // Held by its existence, not by being owned: it goes with the process that made it.
     m_state->instance = ::CreateMutexA(nullptr, FALSE, InstanceName);
     if (::GetLastError() == ERROR_ALREADY_EXISTS || ::FindWindowA(DebugWindowClass, nullptr))
         return Start::AlreadyRunning;

@@ -37,6 +37,7 @@ FolderIdentity Folder::identity() const
 {
     if (!valid())
         return {};
+    // No access asked for, so that no sharing mode is in the way.
     const FileHandle file(::CreateFileA(
         m_state->path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
         OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));

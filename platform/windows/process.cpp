@@ -110,6 +110,7 @@ ProcessHandle startProcess(const StartOptions& options)
     if (!::CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE,
                           toCreationFlags(options), nullptr, directory, &info, &process))
         return nullptr;
+    // Only the process is waited for.
     ::CloseHandle(process.hThread);
     return process.hProcess;
 }

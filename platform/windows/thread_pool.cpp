@@ -24,6 +24,7 @@ public:
     Pool(const Pool&) = delete;
     Pool& operator=(const Pool&) = delete;
 
+    // Cancels what has not started and waits for the rest, before the pool goes.
     ~Pool()
     {
         ::CloseThreadpoolCleanupGroupMembers(m_group, TRUE, nullptr);
