@@ -11,6 +11,10 @@ namespace Tools::Platform {
 
 namespace {
 
+// The receiver's end belongs to the one thread that runs the listener, whose window the senders'
+// messages come to; only stop() comes from others, and it sets nothing but an event. A sender's
+// block is looked at during its message only, while its sender waits.
+
 // The window alone cannot keep two receivers apart that start at the same moment.
 constexpr const char* InstanceName = "MdDebugReceiverInstance";
 
