@@ -2,7 +2,7 @@
 
 #include <mdtools/file.h>
 
-#include "platform/append_file.h"
+#include "platform/open_file.h"
 
 #include <array>
 #include <cstring>
@@ -11,7 +11,7 @@ namespace Tools {
 
 struct FileLogger::State {
     std::string path;
-    Platform::AppendFile file;
+    Platform::OutputFile file;
     // Once the file has been opened; release() does not change that.
     bool isReady = false;
 };
@@ -52,16 +52,16 @@ void FileLogger::writeLine(const std::string& line)
     if (line.size() < shortText.size()) {
         std::memcpy(shortText.data(), line.data(), line.size());
         shortText[line.size()] = '\n';
-        m_state->file.write(shortText.data(), line.size() + 1);
+        m_state->file.writeText(shortText.data(), line.size() + 1);
     } else {
         const std::string text = line + '\n';
-        m_state->file.write(text.data(), text.size());
+        m_state->file.writeText(text.data(), text.size());
     }
 }
 
 void FileLogger::open()
 {
-    if (m_state->file.open(m_state->path))
+    if (m_state->file.open(m_state->path, Platform::OutputFile::Sharing::All))
         m_state->isReady = true;
 }
 

@@ -24,7 +24,7 @@ LoggerManager& LoggerManager::get()
     // finds an empty list.
     alignas(LoggerManager) static unsigned char storage[sizeof(LoggerManager)];
     static LoggerManager* const manager = [] {
-        Platform::onLibraryEnd([] { get().release(); });
+        Platform::onLibraryEnd([](Platform::LibraryEnd) { get().release(); });
         return new (storage) LoggerManager;
     }();
     return *manager;

@@ -10,6 +10,7 @@
 
 namespace Tools {
 
+// A search under way. The members are made in this order, as each one works on the one before.
 struct Directory::Search {
     Search(const std::string& directory, std::string_view pattern)
         : names(pattern), folder(directory.empty() ? std::string(".") : directory), reader(folder)
@@ -65,6 +66,7 @@ bool Directory::copy(const std::string& source, const std::string& target,
                      const std::vector<std::string>& includePatterns,
                      const std::vector<std::string>& excludePatterns)
 {
+    // The patterns are compiled once for the whole tree.
     Tree::CopyRules rules;
     for (const std::string& pattern : includePatterns)
         rules.includes.emplace_back(pattern);
@@ -93,6 +95,7 @@ bool Directory::setCurrent(const std::string& name)
 
 bool Directory::start(const std::string& pattern, std::string& name)
 {
+    // The pattern is the last component only; wildcards above it are taken for plain characters.
     const Path parts(pattern);
     const std::size_t end = parts.location().size() + parts.directory().size();
     m_search =
@@ -111,6 +114,7 @@ bool Directory::find(std::string& name)
             return true;
         }
     }
+    // The next find() is to find nothing, and the directory need not stay open until then.
     m_search.reset();
     return false;
 }

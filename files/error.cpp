@@ -32,6 +32,7 @@ const char* Error::getText() const
     return m_text.get();
 }
 
+// Copied before the old text goes: `text` may be that one, or a part of it.
 void Error::initText(const char* text)
 {
     const std::size_t length = std::strlen(text);

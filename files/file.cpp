@@ -5,8 +5,8 @@
 #include "files/separators.h"
 #include "files/tree.h"
 #include "files/wildcard.h"
-#include "platform/file_blocks.h"
 #include "platform/filesystem.h"
+#include "platform/open_file.h"
 
 #include <mdtools/debug_output.h>
 
@@ -92,7 +92,7 @@ bool File::isEmpty(const std::string& name)
     const Platform::InputFile file(name);
     char first = 0;
     std::size_t count = 0;
-    return !file.valid() || !file.read(0, &first, 1, count) || count == 0;
+    return !file.isOpen() || !file.read(0, &first, 1, count) || count == 0;
 }
 
 bool File::isEmpty(const Path& name)
@@ -102,9 +102,10 @@ bool File::isEmpty(const Path& name)
 
 bool File::isEqual(const std::string& a, const std::string& b)
 {
+    // Both are open before a byte is compared, so that neither is exchanged in between.
     const Platform::InputFile first(a);
     const Platform::InputFile second(b);
-    return first.valid() && second.valid() && haveSameBytes(first, second);
+    return first.isOpen() && second.isOpen() && haveSameBytes(first, second);
 }
 
 bool File::isLocked(const std::string& name)
@@ -155,10 +156,11 @@ bool File::removeEx(const std::string& pattern)
     const Path parts(text);
     const std::string directory =
         text.substr(0, parts.location().size() + parts.directory().size());
+    // Wildcards in a directory's name mean nothing; only the last component is a pattern.
     const Wildcard names(std::string_view(text).substr(directory.size()));
     return NameSearch::remove(directory, names, false,
                               [&directory](const std::string& name, Platform::ErrorCode code) {
-                                  // The letter behind the number belongs to the message.
+                                  // The letter after the number belongs to the message.
                                   debugPrintf("Tools::File::removeEx(%s): ERROR %ul occured.\n",
                                               (directory + name).c_str(), code);
                               });
@@ -166,6 +168,7 @@ bool File::removeEx(const std::string& pattern)
 
 bool File::removeFiles(const std::vector<std::string>& names)
 {
+    // Every one is tried, whatever became of the one before.
     bool succeeded = true;
     for (const std::string& name : names)
         succeeded &= remove(name);
@@ -194,10 +197,11 @@ bool File::findByWildCard(const std::string& directory, const std::string& patte
 bool File::concatenate(const std::string& source, const std::string& target)
 {
     const Platform::InputFile input(source);
-    if (!input.valid())
+    if (!input.isOpen())
         return false;
-    Platform::AppendedFile output(target);
-    return output.valid() && !output.isSame(input) && output.append(input);
+    Platform::OutputFile output;
+    return output.open(target, Platform::OutputFile::Sharing::Readers) && !output.isSame(input) &&
+           output.append(input);
 }
 
 std::string File::getDirectory(const std::string& name)

@@ -18,7 +18,9 @@ constexpr std::size_t BlockSize = std::size_t{256} * 1024;
 constexpr std::uint64_t SmallSize = std::uint64_t{4} << 20U;
 constexpr std::uint64_t ToTheEnd = std::numeric_limits<std::uint64_t>::max();
 
-// Compares parts of two files, several at once. The first difference ends all of them.
+// Compares parts of two files, several at once. The threads share the verdict alone, which goes
+// from true to false only; so it may be read late, but never wrongly. The first difference ends
+// all.
 class Comparison {
 public:
     Comparison(const Platform::InputFile& a, const Platform::InputFile& b) : m_a(a), m_b(b) {}

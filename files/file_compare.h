@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/file_blocks.h"
+#include "platform/open_file.h"
 
 namespace Tools {
 

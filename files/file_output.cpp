@@ -1,6 +1,6 @@
 #include <mdtools/file_output.h>
 
-#include "platform/append_file.h"
+#include "platform/open_file.h"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +10,7 @@
 namespace Tools {
 
 struct FileOutput::State {
-    Platform::AppendFile file;
+    Platform::OutputFile file;
     std::string line;
     unsigned int precision = 16;
 
@@ -47,11 +47,12 @@ void FileOutput::State::append(double value)
     line.append(exponent, end);
 }
 
+// One write a line, so that lines of several programs do not mix.
 void FileOutput::State::end()
 {
     line += '\n';
     if (file.isOpen())
-        file.write(line.data(), line.size());
+        file.writeText(line.data(), line.size());
     line.clear();
 }
 
@@ -66,7 +67,8 @@ std::string_view orEmpty(const char* text)
 
 FileOutput::FileOutput(const std::string& path) : m_state(std::make_unique<State>())
 {
-    m_state->file.open(path, Platform::AppendFile::Content::Discard);
+    using File = Platform::OutputFile;
+    m_state->file.open(path, File::Sharing::All, File::Content::Discard);
 }
 
 FileOutput::FileOutput(const char* path) : FileOutput(std::string(orEmpty(path))) {}
@@ -99,6 +101,7 @@ void FileOutput::write(const char* label, const char* text)
     write(std::string(orEmpty(label)), std::string(orEmpty(text)));
 }
 
+// A single value is a list of one.
 template <class Number>
 void FileOutput::writeList(std::string_view label, const Number* values, std::size_t count)
 {

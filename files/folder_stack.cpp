@@ -11,6 +11,8 @@ constexpr std::size_t MostOpen = 32;
 void FolderStack::push(Platform::Folder folder)
 {
     if (m_levels.size() >= MostOpen) {
+        // The one that drops out of the window; its identity is what the way back is checked
+        // against.
         Level& level = m_levels[m_levels.size() - MostOpen];
         if (level.folder.valid()) {
             level.identity = level.folder.identity();

@@ -6,17 +6,15 @@
 
 namespace Tools {
 
-// The open folders from the start of a walk down to the current one. Only the deepest few are kept
-// open, so that depth costs no handles; the others are opened again on the way back, and only as
-// what they were before.
+// A stack with a window of open handles: the folders from the start of a walk down to the current
+// one. Only the deepest few are kept open, so that depth costs no handles; the others are opened
+// again on the way back, and only as what they were before.
 class FolderStack {
 public:
     void push(Platform::Folder folder);
     // Back to the parent. False if the folder was moved elsewhere meanwhile: there is no way back.
     bool pop();
 
-    bool empty() const { return m_levels.empty(); }
-    std::size_t depth() const { return m_levels.size(); }
     const Platform::Folder& top() const { return m_levels.back().folder; }
 
 private:

@@ -37,6 +37,7 @@ std::string getInstallationDirectory(bool useGroupKey)
     if (value.type() != RegistryValue::String)
         return {};
     std::string directory = value.getString();
+    // A newer edition lies beside the older one, under its name and a number.
     const std::string newer = directory + "26" + C::Backslash;
     if (Platform::isDirectory(newer))
         directory = newer;
@@ -45,6 +46,7 @@ std::string getInstallationDirectory(bool useGroupKey)
     return directory;
 }
 
+// All or nothing: a path cut short would be another one.
 bool getInstallationDirectory(char* buffer, std::size_t size)
 {
     if (buffer == nullptr || size == 0)
@@ -75,6 +77,7 @@ std::string getUserDirectory()
 
 std::string getUserDirectoryOld()
 {
+    // The settings, the variables, the installation: the first that has an answer.
     const std::string settings = getMerodaRegistryPath("SETTINGS");
     const RegistryValue value =
         Registry::find(Registry::CurrentUser, settings, false)["UserDirectory"];

@@ -23,6 +23,7 @@ void lowerCharacters(const CodePage& page, char* p, char* end)
     }
 }
 
+// Big-endian, so that the order of the numbers is that of the bytes.
 std::uint64_t firstBytes(std::string_view text)
 {
     constexpr std::size_t Count = sizeof(std::uint64_t);
@@ -40,6 +41,8 @@ void NameList::add(std::string_view name, bool isDirectory)
     m_names += name;
 }
 
+// Prefix keys: the bytes with which the names begin to differ are compared as one number, and only
+// equal keys look into the text.
 void NameList::sort()
 {
     if (m_items.size() < 2)

@@ -8,7 +8,8 @@
 
 namespace Tools {
 
-// The names of one directory, kept in one block of text and put in order without case.
+// The names of one directory: an arena of text and an index, which is put in order without case. An
+// index entry carries a prefix key, so that few comparisons look into the text.
 class NameList {
 public:
     void add(std::string_view name, bool isDirectory);

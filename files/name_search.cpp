@@ -28,6 +28,8 @@ bool isDirectory(EntryType type)
     return type == EntryType::Directory || type == EntryType::DirectoryLink;
 }
 
+// Collects what matches, a directory at a time: sorted there, so that no sort of the whole is
+// needed.
 class Finder : public Tree::Visitor {
 public:
     Finder(const std::string& directory, const Wildcard& pattern, bool recursive,
@@ -73,6 +75,7 @@ public:
     }
 
 private:
+    // Grows by doubling: reserve() alone would copy all results again for each directory.
     void append(const NameList& found)
     {
         using Type = File::Info::Type;
@@ -88,9 +91,11 @@ private:
     bool m_recursive;
     std::vector<File::Info>& m_result;
     std::string m_directory;
+    // The lengths that m_directory had, level by level.
     std::vector<std::size_t> m_ends;
 };
 
+// Removes what matches; links to directories stay, as they are no files.
 class Remover : public Tree::Visitor {
 public:
     Remover(const Wildcard& pattern, bool recursive, const Report& report)

@@ -11,6 +11,8 @@ namespace Tools {
 
 namespace {
 
+// "//server/share" or a character and a colon; 0 where neither leads the text. A server without a
+// share is no location, nor is one whose share no slash follows.
 std::size_t locationLength(const std::string& text)
 {
     if (text.starts_with("//")) {
@@ -61,6 +63,8 @@ bool Path::operator==(const Path& other) const
 void Path::setPath(const std::string& text)
 {
     if (!text.empty()) {
+        // From the left: what is a location is no directory any more, and a dot in a directory is
+        // no extension.
         std::string rest = convert(text, true);
         m_location = rest.substr(0, locationLength(rest));
         rest.erase(0, m_location.size());
@@ -106,6 +110,7 @@ void Path::setTemporary(const std::string& prefix, int number)
 {
     const std::string file = prefix + std::to_string(number);
     setTemporaryPath();
+    // The prefix is not split: a dot in it belongs to the name.
     m_file = convert(file, true);
     m_extension = "tmp";
     compose();
@@ -139,6 +144,7 @@ void Path::convert(bool toSlash)
 void Path::compose()
 {
     std::string path;
+    // One allocation, and into a new text: an argument may be a part of the old one.
     path.reserve(m_location.size() + m_directory.size() + m_file.size() + m_extension.size() + 1);
     path.append(m_location).append(m_directory).append(m_file);
     if (!m_extension.empty())

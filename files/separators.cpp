@@ -15,12 +15,6 @@ void toBackslashes(std::string& text)
     Characters::replace(text, '/', '\\');
 }
 
-std::size_t endOfLast(const std::string& text)
-{
-    // npos + 1 is 0.
-    return Characters::findLastAny(text, "/\\") + 1;
-}
-
 bool endsWithOne(const std::string& text)
 {
     return text.ends_with('/') || Characters::endsWith(text, '\\');

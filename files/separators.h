@@ -9,9 +9,6 @@ namespace Tools::Separators {
 void toSlashes(std::string& text);
 void toBackslashes(std::string& text);
 
-// The index behind the last separator of either kind; 0 if there is none.
-std::size_t endOfLast(const std::string& text);
-
 // Whether the text's last character is a slash of either kind.
 bool endsWithOne(const std::string& text);
 // Takes separators away from the end, but not those of a root.

@@ -61,6 +61,7 @@ public:
 
     bool enter(const Platform::Folder& subfolder, const std::string& name) override
     {
+        // A target inside of the source must not be copied into itself, or it would never end.
         if (subfolder.identity() == m_root && m_root != Platform::FolderIdentity{})
             return false;
         const Platform::ErrorCode code = m_targets.top().createChild(name, subfolder);
@@ -106,6 +107,7 @@ private:
     bool m_succeeded = true;
 };
 
+// Removes files on the way down and directories on the way up, when they are empty.
 class Remover : public Visitor {
 public:
     explicit Remover(bool force) : m_force(force) {}
@@ -143,6 +145,8 @@ private:
 
 }
 
+// Depth-first with an explicit stack, so that no depth overflows. The invariant: levels and folders
+// are of one height, and level.next is the subfolder that the walk is in, or is to enter.
 bool walk(Platform::Folder root, Visitor& visitor)
 {
     struct Level {
@@ -200,6 +204,7 @@ bool remove(const std::string& path, bool force)
     Platform::Folder folder(name);
     Remover remover(force);
     const bool emptied = folder.valid() && walk(std::move(folder), remover) && remover.succeeded();
+    // Tried in any case; a directory in which something remained is refused by the system.
     return Platform::removeDirectory(name) == 0 && emptied;
 }
 

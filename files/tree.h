@@ -11,7 +11,7 @@
 // stop the rest.
 namespace Tools::Tree {
 
-// Walks a tree depth-first, calling back for each folder.
+// Visitor of a depth-first walk with an explicit stack.
 class Visitor {
 public:
     virtual ~Visitor() = default;

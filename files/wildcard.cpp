@@ -53,6 +53,7 @@ Wildcard::Wildcard(std::string_view pattern)
         setSteps(pattern);
 }
 
+// Compiles the pattern: a row gets bit i when its character may follow the first i.
 void Wildcard::setSteps(std::string_view pattern)
 {
     const CodePage& page = CodePage::get();
@@ -69,6 +70,7 @@ void Wildcard::setSteps(std::string_view pattern)
         m_rows[row * m_words + word] |= bit;
         ++index;
     }
+    // What "?" takes, row 0, every other character takes, too.
     for (std::size_t i = m_words; i < m_rows.size(); ++i)
         m_rows[i] |= m_rows[i % m_words];
     shareRowsWithoutCase();
@@ -99,6 +101,7 @@ Wildcard::Row Wildcard::findRow(std::uint16_t character) const
     return found == m_rowOfPair.end() || found->first != character ? Row{0} : found->second;
 }
 
+// Only lowered bytes have rows of their own so far; capitals share those.
 void Wildcard::shareRowsWithoutCase()
 {
     const CodePage::ByteMap& lower = CodePage::get().lower().singles;
@@ -130,6 +133,7 @@ bool Wildcard::matchesShort(std::string_view name) const
 {
     const Word* const rows = m_rows.data();
     const Word stays = m_stays[0];
+    // Shift-And in one register: the bits that may step move up, those before a "*" also stay.
     Word state = 1;
     forEachRow(name, [&](Row row) { state = (state & rows[row]) << 1U | (state & stays); });
     return (state >> m_length & 1U) != 0;
@@ -137,6 +141,7 @@ bool Wildcard::matchesShort(std::string_view name) const
 
 bool Wildcard::matchesLong(std::string_view name) const
 {
+    // The same over several words; the highest bit of a word moves into the next one.
     std::array<Word, MostWords> state = {1};
     forEachRow(name, [&](Row row) {
         Word carry = 0;

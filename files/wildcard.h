@@ -34,10 +34,11 @@ private:
     bool matchesShort(std::string_view name) const;
     bool matchesLong(std::string_view name) const;
 
-    // All partial matches advance together, one bit each: bit i is set when the first i characters
-    // of the pattern match what was read of the name. A row tells for one character of the name
-    // which steps it can take; row 0 is that of the characters the pattern does not name. A step
-    // takes a bit to the next one; a bit that may stay is one behind which a "*" stands.
+    // A Shift-And automaton (Baeza-Yates and Gonnet): all partial matches advance together, one bit
+    // each. Bit i is set when the first i characters of the pattern match what was read of the
+    // name. A row has the bits that one character of the name takes to the next one; row 0 is that
+    // of the characters the pattern does not name. A bit after which the pattern has a "*" may
+    // stay.
     std::size_t m_length = 0;
     std::size_t m_words = 1;
     std::vector<Word> m_rows;

@@ -23,7 +23,7 @@ void releaseDebugBlock();
 // The calling thread has taken the block.
 bool holdsDebugBlock();
 
-// Tells the receiver that a piece stands in the block, and waits until it has read it. False: the
+// Informs the receiver that a piece is in the block, and waits until it has read it. False: the
 // receiver is gone for good.
 bool deliverDebugBlock();
 

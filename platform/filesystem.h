@@ -11,7 +11,7 @@ namespace Tools::Platform {
 // The Windows number of a failure's cause, on every platform; 0 is success.
 using ErrorCode = std::uint32_t;
 
-// What stands under a name. A link is what its target is; one without a target is a FileLink.
+// What a name leads to. A link is what its target is; one without a target is a FileLink.
 enum class EntryType { None, File, Directory, FileLink, DirectoryLink };
 
 // What the system itself puts between the names of a path.

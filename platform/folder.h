@@ -29,7 +29,7 @@ public:
     ~Folder();
 
     bool valid() const;
-    // Zero if the system does not tell it.
+    // Zero if the system does not report it.
     FolderIdentity identity() const;
 
     // Not valid for a link.
@@ -73,7 +73,7 @@ public:
     FolderReader& operator=(const FolderReader&) = delete;
     ~FolderReader();
 
-    // False behind the last entry, and when the system failed: failed() tells which.
+    // False after the last entry, and when the system failed; failed() says which.
     bool next(Entry& entry);
     bool failed() const;
 

@@ -2,10 +2,10 @@
 
 #include <string>
 
-// What the system tells about the user and its directories, in the system's own form.
+// What the system knows about the user and its directories, in the system's own form.
 namespace Tools::Platform {
 
-// Where programs keep the user's data, without a final separator; empty if there is no such place.
+// Where programs keep the user's data, without a final separator; empty if there is none.
 std::string applicationDataDirectory();
 
 // Ends with a separator; never empty.

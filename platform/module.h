@@ -6,7 +6,7 @@
 
 namespace Tools::Platform {
 
-// The file of a loaded module; of the running program for null. Empty if it cannot be told.
+// The file of a loaded module; of the running program for null. Empty if it is not known.
 std::string getModuleFile(ModuleHandle module);
 
 }

@@ -4,15 +4,31 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 // Child processes.
 namespace Tools::Platform {
 
 enum class ShowWindow { AsProgramLikes, Show, Default, Hide };
 
+// A command line in pieces.
+struct Command {
+    // The program's file, found; empty if there is none.
+    std::string program;
+    // Its name as the command line has it, then the arguments.
+    std::vector<std::string> arguments;
+};
+
+// The file of the program with this name; empty if there is none.
+using ProgramFinder = std::string (*)(const std::string& name);
+
+// Takes a command line to pieces, for systems that do not do that themselves.
+using CommandParser = Command (*)(const std::string& line, ProgramFinder findProgram);
+
 struct StartOptions {
     // Program and arguments.
     std::string commandLine;
+    CommandParser parse = nullptr;
     // Empty: the caller's own.
     std::string currentDirectory;
     // The file that the child reads as its standard input; empty: the caller's own.
@@ -37,7 +53,7 @@ bool waitForProcess(ProcessHandle process, int milliseconds);
 // Of a process that has ended.
 std::uint32_t getExitCode(ProcessHandle process);
 
-// The process itself goes on; nothing of it stays behind when it ends.
+// The process itself goes on; nothing of it remains when it ends.
 void closeProcess(ProcessHandle process);
 
 }

@@ -20,16 +20,15 @@ struct ProcessorRecord {
     int cacheLevel;
 };
 
-// The error number of a buffer that is too small.
-constexpr int BufferTooSmall = 122;
+struct Processors {
+    enum class Answer { Complete, NotSupported, NoMemory, Failed };
 
-bool hasProcessorInformation();
+    Answer answer = Answer::Complete;
+    // The system's own number of what Failed.
+    int error = 0;
+    std::vector<ProcessorRecord> records{};
+};
 
-// Fills `buffer` in the system's own form. `size` is its length in bytes and becomes the length
-// needed. Fails with the system's error number.
-bool readProcessorInformation(void* buffer, std::uint32_t& size, int& error);
-
-// The records of a filled buffer.
-std::vector<ProcessorRecord> processorRecords(const void* buffer, std::uint32_t size);
+Processors readProcessors();
 
 }

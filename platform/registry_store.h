@@ -78,7 +78,7 @@ public:
 int countSubkeys(KeyHandle key);
 int countValues(KeyHandle key);
 
-// False behind the last one.
+// False after the last one.
 bool subkeyName(KeyHandle key, int index, std::string& name);
 bool valueName(KeyHandle key, int index, std::string& name);
 

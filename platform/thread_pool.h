@@ -26,38 +26,15 @@ WorkHandle workHandle(const Work* work);
 // for each pool. An exception that leaves a callback ends the program.
 void runWorks(Pool* pool, Work* const* works, std::size_t count);
 
-// Likewise calls `body(begin, end)` for `chunks` equal ranges of 0 to `count`, the last of which
-// takes what the division leaves over. Each call is made on a copy of `body` of its own, which is
-// destroyed by the thread that called it.
-using LoopBody = std::function<void(int begin, int end)>;
-void runLoop(Pool* pool, const LoopBody& body, int count, int chunks);
-
 struct Range {
     int begin;
     int end;
 };
 
-// Gives the range of the chunk with a number, counted from 0.
-class ChunkRanges {
-public:
-    ChunkRanges(int count, int chunks)
-        : m_count(count), m_last(chunks - 1), m_length(count / chunks)
-    {}
-
-    Range operator()(int number) const
-    {
-        return {number * m_length, number == m_last ? m_count : (number + 1) * m_length};
-    }
-
-private:
-    int m_count;
-    int m_last;
-    int m_length;
-};
-
-// At the end of a process Windows ends all threads but one before libraries clean up. Nothing can
-// be waited for then, and what the threads were using must stay as it is. Linux leaves them
-// running.
-bool threadsHaveEnded();
+// Likewise calls `body(begin, end)` for the ranges with the numbers from 0 to `count`. Each call is
+// made on a copy of `body` of its own, which is destroyed by the thread that called it.
+using LoopBody = std::function<void(int begin, int end)>;
+using LoopRanges = std::function<Range(int number)>;
+void runLoop(Pool* pool, const LoopBody& body, int count, const LoopRanges& ranges);
 
 }

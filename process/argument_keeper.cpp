@@ -7,6 +7,7 @@ namespace Tools {
 ArgumentKeeper::ArgumentKeeper(std::vector<std::string> arguments)
     : m_arguments(std::move(arguments))
 {
+    // The pointers lead into buffers of their own, so that writing through them spares the texts.
     m_buffers.reserve(m_arguments.size());
     m_vector.reserve(m_arguments.size() + 1);
     for (const std::string& argument : m_arguments) {

@@ -10,6 +10,7 @@ namespace {
 
 Platform::Function findFunction(const std::string& library, const std::string& function)
 {
+    // Never unloaded: the caller keeps the function for as long as it likes.
     const Platform::Library module = Platform::loadLibrary(library);
     if (module == nullptr) {
         debugPrintf("Could not load Dll \"%s\"\n", library.c_str());

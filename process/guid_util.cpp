@@ -52,6 +52,7 @@ Guid GuidUtil::create()
     return Platform::createGuid();
 }
 
+// The last field is eight single bytes with a hyphen after two of them.
 std::string GuidUtil::write(const Guid& guid)
 {
     std::string text = "{";
@@ -79,6 +80,7 @@ mdt::Nullable<Guid> GuidUtil::read(const std::string& text)
     guid.Data2 = static_cast<std::uint16_t>(readHex(digits.substr(10, 4)));
     guid.Data3 = static_cast<std::uint16_t>(readHex(digits.substr(15, 4)));
     for (std::size_t i = 0; i < 8; ++i) {
+        // A hyphen lies between the second and the third byte.
         const std::size_t start = (i < 2 ? 20 : 21) + 2 * i;
         guid.Data4[i] = static_cast<unsigned char>(readHex(digits.substr(start, 2)));
     }

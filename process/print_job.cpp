@@ -32,6 +32,7 @@ bool isPlain(char c)
            c == ',' || c == '-' || c == '.';
 }
 
+// XML character references with three digits, byte by byte: the tool puts the bytes together again.
 std::string escaped(const std::string& text)
 {
     std::string result;
@@ -92,6 +93,7 @@ struct InvokeMdPrint::State {
                !fortranScripts.empty() || !textBlocks.empty();
     }
 
+    // The names are in the user's language, and looked up anew, as that may have changed.
     void setPlaceholder(unsigned id, const std::string& content)
     {
         placeholders[MdTextResource::get()->loadString(id)] = content;
@@ -106,6 +108,7 @@ private:
     std::string composePlaceholders() const;
 };
 
+// The element names and their order are what the print tool reads.
 std::string InvokeMdPrint::State::compose() const
 {
     return "<?xml version=\"1.0\"?>\n<MDPrintParameter>\n" + composeProjectPath() + composeFiles() +
@@ -145,6 +148,7 @@ std::string InvokeMdPrint::State::composeFiles() const
     return text + " </Eingabedateien>\n";
 }
 
+// Only what differs from the default is written.
 std::string InvokeMdPrint::State::composeOptions() const
 {
     std::string text = " <Optionen Env=\"meroda\"";
@@ -161,7 +165,7 @@ std::string InvokeMdPrint::State::composeOptions() const
 
 std::string InvokeMdPrint::State::composePlaceholders() const
 {
-    // The list stands as soon as some content does, even if that one has no name.
+    // The list is there as soon as some content is, even if that one has no name.
     if (std::all_of(placeholders.begin(), placeholders.end(),
                     [](const auto& placeholder) { return placeholder.second.empty(); }))
         return {};
@@ -294,6 +298,7 @@ void InvokeMdPrint::setDeleteXmlFile(DeleteFiles deleteFiles)
 
 void InvokeMdPrint::startMdPrint(bool wait)
 {
+    // Without files the tool is started with the parameter file of an earlier job, if there is one.
     if (m_state->hasFiles())
         writeText(m_state->parameterFile, m_state->compose());
     Process tool;

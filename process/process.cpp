@@ -3,6 +3,7 @@
 #include "platform/environment.h"
 #include "platform/process.h"
 #include "platform/window.h"
+#include "process/command_line.h"
 
 #include <algorithm>
 #include <map>
@@ -32,6 +33,8 @@ struct Process::State {
     Platform::StartOptions startOptions() const;
 };
 
+// The child inherits the environment of the caller, so the overrides are made there for the time of
+// the start.
 void Process::State::applyEnvironment()
 {
     for (auto& [name, variable] : environment) {
@@ -50,17 +53,30 @@ void Process::State::restoreEnvironment()
     }
 }
 
-Platform::StartOptions Process::State::startOptions() const
+namespace {
+
+Platform::StartOptions startOptionsFor(const std::string& commandLine)
 {
     Platform::StartOptions options;
     options.commandLine = commandLine;
+    options.parse = CommandLine::parse;
+    return options;
+}
+
+}
+
+Platform::StartOptions Process::State::startOptions() const
+{
+    Platform::StartOptions options = startOptionsFor(commandLine);
     options.currentDirectory = currentDirectory;
     options.noConsoleWindow = hideWindow;
+    // Whatever priority the caller runs at, its children are ordinary programs.
     options.normalPriority = true;
     if (show) {
         options.title = windowTitle;
         options.show = Platform::ShowWindow::Show;
     }
+    // One number alone would leave the other to chance.
     if (windowWidth != 0 && windowHeight != 0) {
         options.width = windowWidth;
         options.height = windowHeight;
@@ -135,6 +151,7 @@ bool Process::run()
         waitForEnd(process);
         m_state->returnCode = Platform::getExitCode(process);
     }
+    // Restored in either case, the failed start included.
     close(process);
     m_state->restoreEnvironment();
     return process != nullptr;
@@ -148,8 +165,7 @@ std::uint32_t Process::returnCode() const
 ProcessHandle Process::start(const std::string& commandLine, bool show,
                              const std::string& inputFile)
 {
-    Platform::StartOptions options;
-    options.commandLine = commandLine;
+    Platform::StartOptions options = startOptionsFor(commandLine);
     options.inputFile = inputFile;
     options.show = show ? Platform::ShowWindow::Default : Platform::ShowWindow::Hide;
     return Platform::startProcess(options);

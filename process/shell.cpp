@@ -1,6 +1,7 @@
 #include <mdtools/shell.h>
 
 #include "platform/shell.h"
+#include "process/command_line.h"
 
 #include <mdtext/mdtext.h>
 
@@ -36,6 +37,7 @@ constexpr Row Failures[] = {
     {Shell::LibraryNotFound, 7052},
 };
 
+// Every number above the failures is a success; a failure without a row is unknown.
 Row toRow(int result)
 {
     if (result > LastFailure)
@@ -55,7 +57,8 @@ Shell::~Shell() = default;
 
 Shell::ErrorCode Shell::execute(const std::string& file, const std::string& parameters)
 {
-    const Row row = toRow(Platform::shellExecute(file, parameters));
+    const Row row = toRow(Platform::shellExecute(file, parameters, CommandLine::splitArguments));
+    // Two of the texts end where the file's name belongs.
     m_message = MdText::LoadGui(row.text);
     if (row.code == FileNotFound)
         m_message += file;

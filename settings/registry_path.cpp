@@ -49,7 +49,7 @@ bool RegistryPath::split(std::string_view path)
     return true;
 }
 
-bool isLongValueName(const std::string& name)
+bool hasValueNameLength(const std::string& name)
 {
     return !isLonger(name.c_str(), Platform::MaximumValueName);
 }

@@ -26,11 +26,12 @@ private:
     bool m_valid;
 };
 
-// Whether a value may have this name.
-bool isLongValueName(const std::string& name);
+// Whether the name is no longer than allowed, counted in characters.
+bool hasValueNameLength(const std::string& name);
+// Whether a value may have this name. One of few bytes has few characters, too.
 inline bool isValueName(const std::string& name)
 {
-    return name.size() <= Platform::MaximumValueName || isLongValueName(name);
+    return name.size() <= Platform::MaximumValueName || hasValueNameLength(name);
 }
 
 }

@@ -1,5 +1,6 @@
 #include "store/database_files.h"
 
+#include "platform/posix/retry.h"
 #include "store/store_file.h"
 
 #include <algorithm>
@@ -225,9 +226,8 @@ public:
         auto* next = static_cast<char*>(buffer);
         auto left = static_cast<std::size_t>(size);
         while (left > 0 && !m_isMissing) {
-            const ssize_t count = ::pread(m_file.get(), next, left, position);
-            if (count < 0 && errno == EINTR)
-                continue;
+            const ssize_t count = Platform::retryInterrupted(
+                [&] { return ::pread(m_file.get(), next, left, position); });
             if (count < 0)
                 return SQLITE_IOERR_READ;
             if (count == 0)

@@ -2,8 +2,8 @@
 
 #include "platform/environment.h"
 #include "platform/known_folders.h"
+#include "platform/lifetime.h"
 #include "platform/report.h"
-#include "platform/unload.h"
 #include "store/database_files.h"
 #include "store/hive_cache.h"
 #include "store/recent_values.h"
@@ -164,14 +164,14 @@ private:
     {
         auto* store = new Hives(directoryOfAll());
         ::pthread_atfork(beforeFork, afterFork, afterFork);
-        Platform::atUnload(release);
+        Platform::onLibraryEnd(release);
         return store;
     }
 
     // At the end of the process keys may still be in use, and the system closes all by itself.
-    static void release()
+    static void release(Platform::LibraryEnd end)
     {
-        if (Platform::processEnds())
+        if (end != Platform::LibraryEnd::Unloading)
             return;
         delete &get();
         forgetDatabaseFiles();

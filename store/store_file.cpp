@@ -1,5 +1,7 @@
 #include "store/store_file.h"
 
+#include "platform/posix/retry.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <utility>
@@ -141,9 +143,8 @@ bool writeAt(int file, const void* bytes, std::size_t size, off_t position)
 {
     const auto* next = static_cast<const char*>(bytes);
     while (size > 0) {
-        const ssize_t written = ::pwrite(file, next, size, position);
-        if (written < 0 && errno == EINTR)
-            continue;
+        const ssize_t written =
+            Platform::retryInterrupted([&] { return ::pwrite(file, next, size, position); });
         if (written <= 0) {
             errno = written == 0 ? ENOSPC : errno;
             return false;

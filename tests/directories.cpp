@@ -38,7 +38,7 @@ protected:
         return path(name);
     }
 
-    // All that is below `root`, "|" behind directories.
+    // All that is below `root`, "|" after directories.
     static std::vector<std::string> list(const std::string& root)
     {
         std::vector<File::Info> found;

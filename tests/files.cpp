@@ -6,6 +6,7 @@
 #include "support/files.h"
 #include "support/process_state.h"
 #include "support/test_environment.h"
+#include "support/waiting.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,7 +15,6 @@
 #include <clocale>
 #include <filesystem>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -116,7 +116,7 @@ TEST_F(FileTest, comparesBytes)
         {1, 0},           {2, 1},
         {262144, 262143}, // a block, its end
         {262145, 262144}, {Big, 0},
-        {Big, 4'194'304}, // behind the part that one thread compares
+        {Big, 4'194'304}, // after the part that one thread compares
         {Big, 7'000'000}, {Big, Big - 1},
     };
     const std::string a = path("a");
@@ -359,8 +359,8 @@ TEST_F(FileTest, anotherProcessHoldsAFile)
         MdToolsTest::Child child(MdToolsTest::builtProgram("file_child"),
                                  {"a", name, path("ready")});
         ASSERT_TRUE(child.started());
-        while (!File::exists(path("ready")))
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        ASSERT_TRUE(MdToolsTest::waitUntil([this] { return File::exists(path("ready")); }))
+            << "the other process did not open the file";
         EXPECT_TRUE(File::isLocked(name));
         EXPECT_FALSE(File::concatenate(source, name));
         if (MdToolsTest::OpenFilesAreNotShared) {

@@ -3,12 +3,12 @@
 #include <mdtools/clock.h>
 #include <mdtools/file.h>
 
-#include "trace/debug_sender.h"
-#include "platform/file_blocks.h"
+#include "platform/open_file.h"
 #include "support/child_process.h"
 #include "support/process_probe.h"
 #include "support/test_environment.h"
 #include "support/test_receiver.h"
+#include "trace/debug_sender.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -121,8 +121,8 @@ TEST(FileLogger, writesEveryLineAsText)
 TEST(FileLogger, staysSilentWhereItCannotWrite)
 {
     const std::string heldPath = newPath("held.log");
-    const Platform::AppendedFile held(heldPath);
-    ASSERT_TRUE(held.valid());
+    Platform::OutputFile held;
+    ASSERT_TRUE(held.open(heldPath, Platform::OutputFile::Sharing::Readers));
     const Texts paths = {"", workDirectory(), newPath("missing/x.log"), heldPath, "/dev/full"};
     for (const std::string& path : paths) {
         SCOPED_TRACE(path);

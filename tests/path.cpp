@@ -20,7 +20,7 @@ TEST(Path, parts)
         {"C:\\data\\model.dat", "C:", "/data/", "model", "dat", "C:/data/model.dat"},
         {"//srv/share/dir/a.b.c", "//srv/share", "/dir/", "a.b", "c", "//srv/share/dir/a.b.c"},
         {"\\\\srv\\share\\x", "//srv/share", "/", "x", "", "//srv/share/x"},
-        {"//srv/share", "", "//srv/", "share", "", "//srv/share"}, // no slash behind the share
+        {"//srv/share", "", "//srv/", "share", "", "//srv/share"}, // no slash after the share
         {"//srv", "", "//", "srv", "", "//srv"},
         {"//", "", "//", "", "", "//"},
         {"dir.v2/readme", "", "dir.v2/", "readme", "",

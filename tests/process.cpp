@@ -10,11 +10,11 @@
 #include "support/child_process.h"
 #include "support/process_state.h"
 #include "support/test_environment.h"
+#include "support/waiting.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -50,15 +50,14 @@ std::string newFileName()
     return (fs::path(MdToolsTest::workDirectory()) / ("record" + std::to_string(++count))).string();
 }
 
-// What a program that is not waited for has recorded; empty if it does not within a while.
+// What a program that is not waited for has recorded.
 std::string waitForRecord(const std::string& file)
 {
-    for (int i = 0; i < 1000 && !fs::exists(file); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_TRUE(MdToolsTest::waitUntil([&file] { return fs::exists(file); })) << "no " << file;
     return readFile(file);
 }
 
-// The record of the recorder, run with this text behind its name.
+// The record of the recorder, run with this text after its name.
 std::string runRecorder(const std::string& arguments, std::uint32_t* code = nullptr,
                         const std::string& between = " ")
 {
@@ -208,9 +207,12 @@ TEST(Process, withoutWaitingReturnsAtOnce)
     const std::string file = newFileName();
     Process process;
     process.setEnvironment("MDTOOLS_RECORD", file);
-    process.setCommandLine(inQuotes(recorder()) + " --sleep=300 --exit=5");
+    const std::string signal = newFileName();
+    process.setCommandLine(inQuotes(recorder()) + " " + inQuotes("--until=" + signal) +
+                           " --exit=5");
     EXPECT_TRUE(process.run());
     EXPECT_FALSE(fs::exists(file));
+    std::ofstream{signal};
     EXPECT_EQ(process.returnCode(), 0U);
     EXPECT_NE(waitForRecord(file), "");
 }
@@ -221,10 +223,12 @@ TEST(Process, startAndWait)
     const std::string record = newFileName();
     std::ofstream(input, std::ios::binary) << "two\nlines";
     Environment("MDTOOLS_RECORD").setValue(record);
-    const ProcessHandle process =
-        Process::start(inQuotes(recorder()) + " --sleep=500 --stdin", false, input);
+    const std::string signal = newFileName();
+    const ProcessHandle process = Process::start(
+        inQuotes(recorder()) + " " + inQuotes("--until=" + signal) + " --stdin", false, input);
     ASSERT_NE(process, nullptr);
     EXPECT_FALSE(Process::waitFor(process, 1));
+    std::ofstream{signal};
     EXPECT_TRUE(Process::waitFor(process, 0)); // no limit
     EXPECT_TRUE(Process::waitFor(process, 1));
     EXPECT_TRUE(Process::waitFor(process, -1));
@@ -265,15 +269,14 @@ TEST(Process, leaveNothingBehind)
         thread.join();
     EXPECT_EQ(failures, 0);
     // Those that were not waited for end when they like.
-    for (int i = 0; i < 1000 && MdToolsTest::countChildren() > 0; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    EXPECT_EQ(MdToolsTest::countChildren(), 0);
+    EXPECT_TRUE(MdToolsTest::waitUntil([] { return MdToolsTest::countChildren() == 0; }))
+        << MdToolsTest::countChildren() << " children";
     EXPECT_LE(MdToolsTest::countHandles(), handles);
 }
 
 TEST(MailProcess, composesItsCommandLine)
 {
-    // A recorder takes the mailer's place on the search path.
+    // A recorder stands in for the mailer on the search path.
     const fs::path folder = fs::path(MdToolsTest::workDirectory()) / "mailer";
     fs::create_directory(folder);
     fs::copy_file(recorder(), folder / ("postie" + fs::path(recorder()).extension().string()));

@@ -72,7 +72,7 @@ TEST(Wildcard, agreesWithItsDefinition)
     for (int i = 0; i < 20000; ++i) {
         const std::string pattern = text("ab?*", 8);
         const std::string name = text("ab", 8);
-        // Long texts take other paths: the same question behind a prefix over a word's end.
+        // Long texts take other paths: the same question after a prefix over a word's end.
         for (const std::size_t length : {0U, 61U, 64U, 130U}) {
             const std::string prefix(length, 'b');
             ASSERT_EQ(Wildcard(prefix + pattern).matches(prefix + name),

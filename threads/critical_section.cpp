@@ -4,6 +4,7 @@
 
 namespace Tools {
 
+// Shared ownership makes copies names of one lock.
 CriticalSection::CriticalSection() : m_lock(Platform::createLock(), Platform::destroyLock) {}
 
 CriticalSection::CriticalSection(const CriticalSection& other) = default;

@@ -5,7 +5,6 @@
 #include <array>
 #include <bitset>
 #include <cstdio>
-#include <new>
 
 namespace Tools {
 
@@ -13,7 +12,7 @@ namespace {
 
 using Platform::ProcessorRecord;
 
-// What to assume when the count cannot be determined. The numbers differ so that they tell why.
+// What to assume when the count cannot be determined. The numbers differ by the reason.
 constexpr int CoresIfUnsupported = 1;
 constexpr int CoresWithoutMemory = 2;
 constexpr int CoresAfterError = 3;
@@ -26,6 +25,7 @@ struct Totals {
     std::array<int, 3> caches{};
 };
 
+// The debug channel takes whole texts, so numbers are put in here.
 template <class... Arguments>
 void report(const ProcessorSource& source, const char* format, Arguments... arguments)
 {
@@ -34,6 +34,7 @@ void report(const ProcessorSource& source, const char* format, Arguments... argu
     source.report(text.data());
 }
 
+// Two hardware threads of a core are one record of relation Core with two bits.
 void count(const ProcessorSource& source, const ProcessorRecord& record, Totals& totals)
 {
     switch (record.relation) {
@@ -70,24 +71,9 @@ void reportTotals(const ProcessorSource& source, const Totals& totals)
 
 }
 
-bool ProcessorSource::isSupported() const
+Platform::Processors ProcessorSource::read() const
 {
-    return Platform::hasProcessorInformation();
-}
-
-bool ProcessorSource::read(void* buffer, std::uint32_t& size, int& error) const
-{
-    return Platform::readProcessorInformation(buffer, size, error);
-}
-
-std::vector<ProcessorRecord> ProcessorSource::records(const void* buffer, std::uint32_t size) const
-{
-    return Platform::processorRecords(buffer, size);
-}
-
-std::unique_ptr<unsigned char[]> ProcessorSource::allocate(std::uint32_t size) const
-{
-    return std::unique_ptr<unsigned char[]>(new (std::nothrow) unsigned char[size]);
+    return Platform::readProcessors();
 }
 
 void ProcessorSource::report(const char* text) const
@@ -97,27 +83,22 @@ void ProcessorSource::report(const char* text) const
 
 CoreCount determineCoreCount(const ProcessorSource& source)
 {
-    if (!source.isSupported()) {
+    const Platform::Processors processors = source.read();
+    switch (processors.answer) {
+    case Platform::Processors::Answer::NotSupported:
         source.report("\n getCpuCount : GetLogicalProcessorInformation is not supported.\n");
         return {CoresIfUnsupported, false};
-    }
-    std::unique_ptr<unsigned char[]> buffer;
-    std::uint32_t size = 0;
-    int error = 0;
-    // Again and again: processors may come between two calls.
-    while (!source.read(buffer.get(), size, error)) {
-        if (error != Platform::BufferTooSmall) {
-            report(source, "\n getCpuCount : Error %d\n", error);
-            return {CoresAfterError, false};
-        }
-        buffer = source.allocate(size);
-        if (!buffer) {
-            source.report("\n getCpuCount : Error: Allocation failure\n");
-            return {CoresWithoutMemory, false};
-        }
+    case Platform::Processors::Answer::NoMemory:
+        source.report("\n getCpuCount : Error: Allocation failure\n");
+        return {CoresWithoutMemory, false};
+    case Platform::Processors::Answer::Failed:
+        report(source, "\n getCpuCount : Error %d\n", processors.error);
+        return {CoresAfterError, false};
+    case Platform::Processors::Answer::Complete:
+        break;
     }
     Totals totals;
-    for (const ProcessorRecord& record : source.records(buffer.get(), size))
+    for (const ProcessorRecord& record : processors.records)
         count(source, record, totals);
     reportTotals(source, totals);
     return {totals.cores, true};

@@ -2,10 +2,6 @@
 
 #include "platform/processors.h"
 
-#include <mdtools/nullable.h>
-
-#include <memory>
-
 namespace Tools {
 
 // What the core count is determined from and reported to: the system and the debug channel. Tests
@@ -14,12 +10,7 @@ class ProcessorSource {
 public:
     virtual ~ProcessorSource() = default;
 
-    virtual bool isSupported() const;
-    virtual bool read(void* buffer, std::uint32_t& size, int& error) const;
-    virtual std::vector<Platform::ProcessorRecord> records(const void* buffer,
-                                                           std::uint32_t size) const;
-    // Null if there is no memory.
-    virtual std::unique_ptr<unsigned char[]> allocate(std::uint32_t size) const;
+    virtual Platform::Processors read() const;
     virtual void report(const char* text) const;
 };
 

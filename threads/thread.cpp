@@ -12,8 +12,8 @@ Thread::~Thread() = default;
 
 void Thread::start()
 {
-    // The new thread may have deleted this object before the system's handle is known here, so the
-    // handle's place is kept alive from this side, too.
+    // The new thread may have deleted this object before the system's handle is known here, so this
+    // side shares the owner of the handle.
     const auto handle = std::make_shared<Platform::ThreadHandle>();
     m_handle = handle;
     handle->start([](void* object) { return thread(static_cast<Thread*>(object)); }, this);
@@ -34,6 +34,7 @@ int Thread::thread(Thread* thread)
 {
     while (thread->run()) {
     }
+    // Read before the object goes; destructors may not change it any more.
     const int result = thread->result();
     delete thread;
     return result;

@@ -1,6 +1,7 @@
 #include <mdtools/system.h>
 #include <mdtools/threads.h>
 
+#include "platform/lifetime.h"
 #include "threads/sized_pool.h"
 
 #include <algorithm>
@@ -9,6 +10,7 @@
 
 namespace Tools {
 
+// The lock guards the lists, and by being held through a run makes runs follow one another.
 struct ThreadPool::State {
     Platform::Pool* pool = createSizedPool();
     CriticalSection lock;
@@ -37,7 +39,7 @@ ThreadPool::ThreadPool() : m_state(new State) {}
 ThreadPool::~ThreadPool()
 {
     // Nothing may be waited for or freed under threads that were ended in the middle of their work.
-    if (Platform::threadsHaveEnded())
+    if (Platform::otherThreadsWereStopped())
         return;
     clearWorks();
     Platform::destroyPool(m_state->pool);
@@ -56,6 +58,7 @@ void ThreadPool::runWorks()
 {
     const CriticalSectionLocker locker(m_state->lock);
     std::vector<Platform::Work*>& works = m_state->works;
+    // Items only come at the end or go all at once, so the sizes tell whether the lists differ.
     if (works.size() != m_state->items.size()) {
         works.clear();
         for (const auto& item : m_state->items)

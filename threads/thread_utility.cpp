@@ -1,7 +1,7 @@
 #include <mdtools/system.h>
 #include <mdtools/threads.h>
 
-#include "platform/unload.h"
+#include "platform/lifetime.h"
 #include "threads/sized_pool.h"
 
 #include <algorithm>
@@ -19,9 +19,9 @@ struct LoopPool {
 LoopPool* loopPool;
 
 // At the end of the process the pool stays: its threads may be in the middle of a body.
-void destroyLoopPool()
+void destroyLoopPool(Platform::LibraryEnd end)
 {
-    if (Platform::processEnds())
+    if (end != Platform::LibraryEnd::Unloading)
         return;
     Platform::destroyPool(loopPool->pool);
     delete loopPool;
@@ -30,8 +30,16 @@ void destroyLoopPool()
 LoopPool* createLoopPool()
 {
     loopPool = new LoopPool;
-    Platform::atUnload(destroyLoopPool);
+    Platform::onLibraryEnd(destroyLoopPool);
     return loopPool;
+}
+
+// Equal parts of 0 to `count`, the last of which takes what the division leaves over.
+Platform::LoopRanges divide(int count, int chunks)
+{
+    return [count, last = chunks - 1, length = count / chunks](int i) {
+        return Platform::Range{i * length, i == last ? count : (i + 1) * length};
+    };
 }
 
 // Halved, not cut to `count`: callers know the ranges that come of it.
@@ -55,7 +63,7 @@ void ThreadUtility::forEach(int count, std::function<void(int begin, int end)> b
     const int chunks = chunkCount(count, sequential);
     static LoopPool* const loop = createLoopPool();
     const CriticalSectionLocker locker(loop->lock);
-    Platform::runLoop(loop->pool, body, count, chunks);
+    Platform::runLoop(loop->pool, body, chunks, divide(count, chunks));
 }
 
 }

@@ -29,10 +29,10 @@ char* s_block = nullptr;
 // What the thread that holds the block has been asked to send meanwhile; only that thread may look.
 std::vector<std::string>* s_postponed = nullptr;
 
-void endAll()
+void endAll(Platform::LibraryEnd reason)
 {
     // The system frees everything, and what a stopped thread was doing is better left alone.
-    if (Platform::otherThreadsWereStopped())
+    if (reason == Platform::LibraryEnd::ThreadsStopped)
         return;
     end();
     DebugLabels::release();

@@ -1,6 +1,6 @@
 #include "versions/module_strings.h"
 
-#include "platform/file_blocks.h"
+#include "platform/open_file.h"
 #include "text/conversion.h"
 
 #include <algorithm>
@@ -46,7 +46,7 @@ std::uint64_t read64(const Bytes& bytes, std::size_t offset)
 class ModuleFile {
 public:
     explicit ModuleFile(const std::string& name)
-        : m_file(name), m_size(m_file.valid() ? m_file.size() : 0)
+        : m_file(name), m_size(m_file.isOpen() ? m_file.size() : 0)
     {}
 
     // Empty if the piece does not lie in the file as a whole.

@@ -14,7 +14,7 @@ public:
 
     // The function that the library exports under this very name. The library is searched as the
     // system does; on Linux "name" also finds "libname.so". Null if either is missing, which is
-    // told on the debug channel.
+    // reported on the debug channel.
     int (*getFunction(const std::string& library, const std::string& function))();
 
     // The same for an entry point that takes an argument count and vector (see ArgumentKeeper).

@@ -8,7 +8,8 @@
 namespace Tools {
 
 // Base of the library's exceptions about bad content. It carries one message; whoever throws it
-// writes the message. Catch Error to handle reading and writing alike.
+// writes the message, in the process's code page. Catch Error to handle reading and writing alike.
+// An object is a plain value: any number of threads may read one that nobody changes.
 class MDTOOLS_API Error {
 public:
     // A null pointer is taken as the empty text. A text ends at its first NUL.

@@ -16,7 +16,7 @@ namespace Tools {
 //
 // Searches compare names without case, also where the system tells cases apart. In a pattern "*"
 // stands for any run of characters and "?" for exactly one; "*.*" matches every name. Symbolic
-// links and junctions are found and removed themselves; nothing is looked for behind them.
+// links and junctions are found and removed themselves; nothing is looked for through them.
 class MDTOOLS_API File {
 public:
     // One result of a search.
@@ -52,7 +52,7 @@ public:
     // this library minds. Child processes do not inherit the file.
     static std::FILE* open(const std::string& name, const std::string& mode);
     static std::FILE* open(const Path& name, const std::string& mode);
-    // The result of fclose; nothing happens for null.
+    // The result of fclose: 0, or EOF if the rest could not be written. 0 for null, too.
     static int close(std::FILE* file);
 
     // Also true for directories, and for links, whatever they lead to. False for null.
@@ -60,7 +60,8 @@ public:
     static bool exists(const Path& name);
     static bool exists(const char* name);
 
-    // A file that cannot be opened counts as empty.
+    // True for a file without a byte, and for whatever cannot be opened and read as a file: a
+    // missing name, a directory, a file that somebody holds for himself.
     static bool isEmpty(const std::string& name);
     static bool isEmpty(const Path& name);
 
@@ -79,8 +80,9 @@ public:
     static bool copy(const std::string& source, const std::string& directory,
                      const std::string& file);
 
-    // Renames or moves a file or directory; never overwrites. A file goes to another drive or file
-    // system as well.
+    // Renames or moves a file or directory; never overwrites. The new name is a whole path,
+    // relative to the current directory as any other, not to the old name's directory. A file goes
+    // to another drive or file system as well.
     static bool rename(const std::string& oldName, const std::string& newName);
     static bool rename(const Path& oldName, const Path& newName);
 
@@ -119,7 +121,7 @@ public:
     static bool concatenate(const std::string& source, const std::string& target);
 
     // Components as Path has them, with slashes: the directory with its location, without the final
-    // slash unless it is a root; the text behind the last dot of the name; the name before it.
+    // slash unless it is a root; the text after the last dot of the name; the name before it.
     static std::string getDirectory(const std::string& name);
     static std::string getExtension(const std::string& name);
     static std::string getNameWithoutExtension(const std::string& name);

@@ -28,7 +28,7 @@ public:
     // Items that no writeLine() has ended are lost.
     ~FileOutput();
 
-    // Digits behind the point of reals, 16 at first. Returns the previous number.
+    // Digits after the point of reals, 16 at first. Returns the previous number.
     unsigned int setPrecision(unsigned int digits);
 
     // label = "text"; a quote in the text is written as it is.

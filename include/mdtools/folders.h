@@ -5,7 +5,9 @@
 #include <cstddef>
 #include <string>
 
-// Well-known directories. What the system itself tells comes in the system's own form.
+// Well-known directories. What the system itself reports comes in the system's own form. All
+// functions may be called from any thread; settings and variables are read anew by each call. Texts
+// are in the process's code page.
 namespace Tools {
 
 // Where the program family is installed, as the machine's settings have it, without a final
@@ -22,11 +24,11 @@ MDTOOLS_API bool getInstallationDirectory(char* buffer, std::size_t size);
 MDTOOLS_API std::string getInstalledDataDirectory();
 
 // The family's directory among the current user's application data, made if it is missing. Without
-// a final separator; empty if the system has no such place.
+// a final separator; empty if the system has no such directory.
 MDTOOLS_API std::string getUserDirectory();
 
 // The earlier rule, for programs that keep to it: the directory that the user's settings name, if
-// it exists; else the home directory told by HOMEDRIVE and HOMEPATH; else one of the user's name
+// it exists; else the home directory named by HOMEDRIVE and HOMEPATH; else one of the user's name
 // below the installation directory.
 MDTOOLS_API std::string getUserDirectoryOld();
 

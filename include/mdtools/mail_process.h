@@ -8,9 +8,10 @@
 
 namespace Tools {
 
-// Sends one mail through the command-line mailer "postie", which must stand on the program search
+// Sends one mail through the command-line mailer "postie", which must be on the program search
 // path. Only its start is reported; whether the mail arrives is not seen here. Values are put
-// between double quotes as they are: they must hold none themselves.
+// between double quotes as they are: they must hold none themselves. One object belongs to one
+// thread at a time.
 class MDTOOLS_API MailProcess : public Process {
 public:
     // Sender, subject and message file are empty, there is no receiver, and the host is the one

@@ -8,9 +8,9 @@
 
 namespace Tools {
 
-// A window without a picture: a place on its thread that other threads send messages to, above all
-// those of a ProgressMessenger. It belongs to the thread that makes it and should end there. All
-// operations but handle() are for that thread; on others they do nothing and answer 0.
+// A window without a picture: an address on its thread that other threads send messages to, above
+// all those of a ProgressMessenger. It belongs to the thread that makes it and should end there.
+// All operations but handle() are for that thread; on others they do nothing and answer 0.
 //
 // A sender waits until the handler has run on the window's thread: in processMessages() or
 // waitMessages() of any window of that thread, or while the thread itself waits for a message that

@@ -9,7 +9,9 @@ namespace Tools {
 // A file path in parts. The location ("C:" or "//server/share"), the directory, the file and the
 // extension are kept apart, so that one can be replaced without touching the rest. Text may come in
 // with either kind of slash and is held with "/"; ask for path(true) where backslashes are wanted.
-// The parts of a text are the same on every platform, and nothing is looked up on the disk.
+// The parts of a text are the same on every platform, and nothing is looked up on the disk, but for
+// valid(). Text is in the process's code page. An object is a plain value: any number of threads
+// may read one that nobody changes.
 class MDTOOLS_API Path {
 public:
     // The current directory.
@@ -35,13 +37,13 @@ public:
     bool operator==(const Path& other) const;
     bool operator<(const Path& other) const { return m_path < other.m_path; }
 
-    // Splits `text` at the location, at the last slash, and at the last dot behind that slash; so
+    // Splits `text` at the location, at the last slash, and at the last dot after that slash; so
     // ".." is the file "." with an empty extension. A text that begins with two slashes has a
     // location only if a slash follows the share's name. Empty text changes nothing.
     void setPath(const std::string& text);
 
     void setLocation(const std::string& location);
-    // A missing "/" is added behind a directory; an empty text removes it.
+    // A missing "/" is added after a directory; an empty text removes it.
     void setDirectory(const std::string& directory);
     void setFile(const std::string& file);
     // "dat" and ".dat" are the same extension.

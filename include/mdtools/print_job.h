@@ -9,7 +9,8 @@ namespace Tools {
 
 // One job for the family's print tool: files to print, placeholders for its forms, options. The
 // tool finds them in an XML parameter file of pure ASCII, whatever the code page of the paths. A
-// value for one thread at a time; all paths and texts are kept as given.
+// value for one thread at a time; all paths and texts are kept as given, in the process's code
+// page.
 class MDTOOLS_API InvokeMdPrint {
 public:
     // Each is 1 by default; any other value than 1 counts as the other choice.

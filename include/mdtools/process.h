@@ -16,9 +16,10 @@ namespace Tools {
 // is better quoted by the caller. Linux finds it and splits the arguments by the same rules as
 // Windows, and takes "\" in the program's path for "/".
 //
-// An object belongs to one thread at a time. Overrides of the environment are made in the calling
-// process itself, so two threads that run programs with overrides at the same time find each
-// other's in their children. Nothing that the library has open is handed to a child.
+// An object belongs to one thread at a time; the static functions may be called from any. Overrides
+// of the environment are made in the calling process itself, so two threads that run programs with
+// overrides at the same time find each other's in their children. Nothing that the library has open
+// is handed to a child.
 class MDTOOLS_API Process {
 public:
     Process();

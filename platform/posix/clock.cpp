@@ -1,5 +1,7 @@
 #include "platform/clock.h"
 
+#include "platform/posix/file_descriptor.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
@@ -23,16 +25,13 @@ std::int64_t millisecondsSinceBoot()
 
 std::string readProcessStatus()
 {
-    const int file = ::open("/proc/self/stat", O_RDONLY | O_CLOEXEC);
-    if (file < 0)
-        return {};
+    const FileDescriptor file(::open("/proc/self/stat", O_RDONLY | O_CLOEXEC));
     char text[2048];
-    const ssize_t size = ::read(file, text, sizeof(text));
-    ::close(file);
+    const ssize_t size = ::read(file.get(), text, sizeof(text));
     return std::string(text, static_cast<std::size_t>(std::max<ssize_t>(0, size)));
 }
 
-// On the clock of millisecondsSinceBoot(); now, where the system does not tell it.
+// On the clock of millisecondsSinceBoot(); now, where the system does not report it.
 std::int64_t processStart()
 {
     const std::string status = readProcessStatus();

@@ -1,5 +1,7 @@
 #include "platform/console.h"
 
+#include "platform/posix/retry.h"
+
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -11,6 +13,7 @@ namespace {
 
 std::atomic<void (*)()> s_handler{nullptr};
 
+// In a signal handler: nothing but an atomic load and what the handler itself may do there.
 void handleSignal(int)
 {
     const int error = errno;
@@ -24,9 +27,7 @@ void handleSignal(int)
 bool writeStandardOutput(const char* text, std::size_t size)
 {
     while (size > 0) {
-        const ssize_t count = ::write(STDOUT_FILENO, text, size);
-        if (count < 0 && errno == EINTR)
-            continue;
+        const ssize_t count = retryInterrupted([&] { return ::write(STDOUT_FILENO, text, size); });
         if (count <= 0)
             return false;
         text += count;

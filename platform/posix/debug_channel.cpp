@@ -1,7 +1,9 @@
 #include "platform/debug_channel.h"
 
 #include "platform/posix/debug_socket.h"
+#include "platform/posix/file_descriptor.h"
 #include "platform/posix/patience.h"
+#include "platform/posix/retry.h"
 
 #include <atomic>
 #include <cerrno>
@@ -15,6 +17,16 @@
 namespace Tools::Platform {
 
 namespace {
+
+// The sender's end, shared by the threads of this process and with the receiver:
+// - The pointers and the socket are written by the one thread that opens the channel, before the
+//   link counts as open, and by closing; threads read them only in between.
+// - The block, s_patience and the socket's conversation belong to the thread that holds the event
+//   (a semaphore of 1). It writes a piece, sends
+//   the request, and writes the next piece only after the answer: so the receiver reads a block
+//   that nobody is writing.
+// - s_holder is that thread's own id from after taking the event until before giving it back. Any
+//   thread may compare it with its own id: equal it can be only for the holder itself.
 
 // Some 20 microseconds.
 constexpr int AnswerTries = 100;
@@ -31,26 +43,23 @@ Patience s_patience(AnswerTries);
 
 int connectTo(const sockaddr_un& address)
 {
-    const int socket = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-    if (socket < 0)
-        return -1;
-    ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &ConnectLimit, sizeof(ConnectLimit));
-    if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0 &&
-        isPeerSameUser(socket))
-        return socket;
-    ::close(socket);
-    return -1;
+    FileDescriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    // On a local socket this limits connect() as well.
+    ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &ConnectLimit, sizeof(ConnectLimit));
+    const bool isConnected =
+        ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+    return isConnected && isPeerSameUser(socket.get()) ? socket.release() : -1;
 }
 
 // The names carry the id of this process, so whoever holds one already is dead: its objects are
 // replaced, never reused, as it may have left them in any state.
-int createBlock(const char* name)
+FileDescriptor createBlock(const char* name)
 {
     constexpr int Flags = O_RDWR | O_CREAT | O_EXCL;
     int file = ::shm_open(name, Flags, S_IRUSR | S_IWUSR);
     if (file < 0 && errno == EEXIST && ::shm_unlink(name) == 0)
         file = ::shm_open(name, Flags, S_IRUSR | S_IWUSR);
-    return file;
+    return FileDescriptor(file);
 }
 
 sem_t* createEvent(const char* name)
@@ -64,15 +73,14 @@ sem_t* createEvent(const char* name)
 
 void* mapBlock(const char* name)
 {
-    const int file = createBlock(name);
-    if (file < 0)
+    const FileDescriptor file = createBlock(name);
+    if (!file.valid())
         return nullptr;
     // The memory is reserved now: a write into a block that the system has no room for would end
     // the program.
     void* block = MAP_FAILED;
-    if (::posix_fallocate(file, 0, DebugBlockSize) == 0)
-        block = ::mmap(nullptr, DebugBlockSize, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
-    ::close(file);
+    if (::posix_fallocate(file.get(), 0, DebugBlockSize) == 0)
+        block = ::mmap(nullptr, DebugBlockSize, PROT_READ | PROT_WRITE, MAP_SHARED, file.get(), 0);
     if (block != MAP_FAILED)
         return block;
     ::shm_unlink(name);
@@ -82,13 +90,10 @@ void* mapBlock(const char* name)
 ssize_t receive(int flags)
 {
     char answer = 0;
-    ssize_t count = 0;
-    do {
-        count = ::recv(s_socket, &answer, sizeof(answer), flags);
-    } while (count < 0 && errno == EINTR);
-    return count;
+    return retryInterrupted([&] { return ::recv(s_socket, &answer, sizeof(answer), flags); });
 }
 
+// Adaptive spinning: a receiver on another processor answers before a sleep would have begun.
 bool waitForAnswer()
 {
     for (int tries = s_patience.next(); tries > 0; --tries) {
@@ -109,7 +114,7 @@ bool findDebugReceiver()
     const std::array<std::string, 2> directories = debugSocketDirectories();
     for (const std::string& directory : directories) {
         sockaddr_un address;
-        // The last one stands where everybody may write.
+        // The last one is in a directory that everybody may write to.
         if (!makeDebugSocketAddress(directory, address) ||
             (&directory == &directories.back() && !isPrivateDirectory(directory)))
             continue;
@@ -131,8 +136,7 @@ char* openDebugBlock()
 
 bool takeDebugBlock()
 {
-    while (::sem_wait(s_event) != 0 && errno == EINTR) {
-    }
+    retryInterrupted([] { return ::sem_wait(s_event); });
     s_holder = ::pthread_self();
     return true;
 }
@@ -151,10 +155,8 @@ bool holdsDebugBlock()
 bool deliverDebugBlock()
 {
     const DebugRequest request = {0, s_process};
-    ssize_t count = 0;
-    do {
-        count = ::send(s_socket, &request, sizeof(request), MSG_NOSIGNAL);
-    } while (count < 0 && errno == EINTR);
+    const ssize_t count =
+        retryInterrupted([&] { return ::send(s_socket, &request, sizeof(request), MSG_NOSIGNAL); });
     return count == sizeof(request) && waitForAnswer();
 }
 
@@ -185,9 +187,7 @@ void abandonDebugChannel()
     if (s_block)
         ::munmap(s_block, DebugBlockSize);
     s_block = nullptr;
-    if (s_socket >= 0)
-        ::close(s_socket);
-    s_socket = -1;
+    FileDescriptor(std::exchange(s_socket, -1)).close();
 }
 
 }

@@ -19,6 +19,7 @@
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Tools::Platform {
@@ -26,6 +27,12 @@ namespace Tools::Platform {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+// The receiver's end belongs to the one thread that runs the listener; only stop() comes from
+// others, and it writes to nothing but an event. A sender's block is mapped for reading and may be
+// looked at between a sender's request and the answer only, while its sender waits. Nothing in it
+// is trusted: neither that it ends with a NUL nor that it stays as it is, should another thread of
+// a broken sender go on writing.
 
 // Some 40 microseconds.
 constexpr int IdleRounds = 200;
@@ -92,7 +99,7 @@ void Block::close()
 }
 
 struct Sender {
-    explicit Sender(int value) : socket(value) {}
+    explicit Sender(FileDescriptor value) : socket(std::move(value)) {}
 
     FileDescriptor socket;
     Block block;
@@ -140,6 +147,8 @@ void serveWhileAwake(const std::vector<Sender*>& active, const DebugPieceHandler
         patience.failed();
 }
 
+// The name of a socket outlives its owner; only a connection shows that somebody listens. A full
+// queue is somebody, too.
 bool isAnswering(const sockaddr_un& address)
 {
     const FileDescriptor socket(
@@ -179,7 +188,8 @@ DebugListener::Start DebugListener::State::listenIn(const std::string& directory
 {
     if (!makeDebugSocketAddress(directory, address))
         return Start::Failed;
-    // Two receivers that start at once must not both take the place of a dead one.
+    // Two receivers that start at once must not both replace a dead one.
+    // The lock goes with the descriptor, whatever way this function is left.
     const FileDescriptor lock(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!lock.valid())
         return Start::Failed;
@@ -201,16 +211,14 @@ DebugListener::Start DebugListener::State::listenIn(const std::string& directory
 void DebugListener::State::accept()
 {
     for (;;) {
-        const int socket =
-            ::accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
-        if (socket < 0) {
+        FileDescriptor socket(
+            ::accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+        if (!socket.valid()) {
             full = (errno == EMFILE || errno == ENFILE) && !senders.empty();
             return;
         }
-        if (isPeerSameUser(socket))
-            senders.emplace_back(socket);
-        else
-            ::close(socket);
+        if (isPeerSameUser(socket.get()))
+            senders.emplace_back(std::move(socket));
     }
 }
 

@@ -5,10 +5,13 @@
 #include <cstring>
 
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Tools::Platform {
 
+// The user's own runtime directory, or one below /tmp, which isPrivateDirectory() must be asked
+// about.
 std::array<std::string, 2> debugSocketDirectories()
 {
     std::string runtime;
@@ -34,6 +37,7 @@ bool makeDebugSocketAddress(const std::string& directory, sockaddr_un& address)
     return true;
 }
 
+// The kernel vouches for this; what the peer sends is not needed for it.
 bool isPeerSameUser(int socket)
 {
     ucred peer = {};

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <string>
 
-#include <sys/stat.h>
 #include <sys/un.h>
 
 // debug_socket.h - what both ends of the debug channel have to agree on here.
@@ -32,7 +31,7 @@ bool makeDebugSocketAddress(const std::string& directory, sockaddr_un& address);
 // The process at the other end runs as the same user.
 bool isPeerSameUser(int socket);
 
-// The names under which a sender's block and event stand.
+// The names of a sender's block and event.
 std::string debugBlockName(std::uint32_t sender);
 std::string debugEventName(std::uint32_t sender);
 

@@ -1,10 +1,11 @@
-#include "platform/posix/native_path.h"
+#include "platform/posix/file_copy.h"
+
+#include "platform/posix/retry.h"
 
 #include <array>
 #include <climits>
-#include <cstddef>
-#include <fcntl.h>
 #include <linux/fs.h>
+#include <string>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 
@@ -18,16 +19,15 @@ constexpr std::size_t BlockSize = std::size_t{64} * 1024;
 constexpr std::size_t RangeSize = std::size_t{1} << 30;
 
 // `size` is what the system says; files that it makes up on reading have 0 and nevertheless
-// contents. With them alone only an empty read tells the end.
+// contents. With them alone only an empty read is the end.
 int copyByBlocks(int source, int target, off_t size)
 {
     std::array<char, BlockSize> block; // NOLINT(*-member-init): filled by read()
     while (true) {
-        const ssize_t count = ::read(source, block.data(), block.size());
+        const ssize_t count =
+            retryInterrupted([&] { return ::read(source, block.data(), block.size()); });
         if (count == 0)
             return 0;
-        if (count < 0 && errno == EINTR)
-            continue;
         const int cause = count < 0 ? errno : writeAll(target, block.data(), std::size_t(count));
         if (cause != 0 || (size > 0 && std::size_t(count) < block.size()))
             return cause;
@@ -35,50 +35,27 @@ int copyByBlocks(int source, int target, off_t size)
 }
 
 // Only the cause of a failure that blocks would meet as well is final; a file system that cannot
-// do it itself leaves the rest, wherever both files stand now, to blocks.
+// do it itself leaves the rest, from wherever both files are now, to blocks.
 int copyBySystem(int source, int target, off_t size)
 {
     if (::ioctl(target, FICLONE, source) == 0)
         return 0;
     while (true) {
-        const ssize_t count = ::copy_file_range(source, nullptr, target, nullptr, RangeSize, 0);
+        const ssize_t count = retryInterrupted(
+            [&] { return ::copy_file_range(source, nullptr, target, nullptr, RangeSize, 0); });
         if (count == 0)
             return copyByBlocks(source, target, size);
         if (count < 0 && (errno == ENOSPC || errno == EDQUOT || errno == EFBIG))
             return errno;
-        if (count < 0 && errno != EINTR)
+        if (count < 0)
             return copyByBlocks(source, target, size);
     }
 }
 
-}
-
-int copyLink(int sourceFolder, const char* source, int targetFolder, const char* target)
-{
-    std::string text(PATH_MAX, '\0');
-    const ssize_t length = ::readlinkat(sourceFolder, source, text.data(), text.size());
-    if (length < 0)
-        return errno;
-    text.resize(std::size_t(length));
-    return ::symlinkat(text.c_str(), targetFolder, target) == 0 ? 0 : errno;
-}
-
-int writeAll(int target, const char* bytes, std::size_t size)
-{
-    while (size > 0) {
-        const ssize_t count = ::write(target, bytes, size);
-        if (count < 0 && errno != EINTR)
-            return errno;
-        if (count > 0) {
-            bytes += count;
-            size -= std::size_t(count);
-        }
-    }
-    return 0;
-}
-
-int copyInto(int source, const struct stat& sourceStatus, int target,
-             const struct stat& targetStatus)
+// Contents first: permissions that forbid writing would be in the way, and every write sets the
+// time.
+int copyContents(int source, const struct stat& sourceStatus, int target,
+                 const struct stat& targetStatus)
 {
     const off_t size = sourceStatus.st_size;
     const int cause =
@@ -91,6 +68,41 @@ int copyInto(int source, const struct stat& sourceStatus, int target,
         ::fchmod(target, wanted);
     const struct timespec times[2] = {{0, UTIME_OMIT}, sourceStatus.st_mtim};
     ::futimens(target, times);
+    return 0;
+}
+
+}
+
+int copyInto(const FileDescriptor& source, const struct stat& sourceStatus, FileDescriptor target,
+             const struct stat& targetStatus, FolderEntry entry)
+{
+    int cause = copyContents(source.get(), sourceStatus, target.get(), targetStatus);
+    if (const int closed = target.close(); cause == 0)
+        cause = closed;
+    if (cause != 0)
+        ::unlinkat(entry.folder, entry.name, 0);
+    return cause;
+}
+
+int copyLink(FolderEntry source, FolderEntry target)
+{
+    std::string text(PATH_MAX, '\0');
+    const ssize_t length = ::readlinkat(source.folder, source.name, text.data(), text.size());
+    if (length < 0)
+        return errno;
+    text.resize(std::size_t(length));
+    return ::symlinkat(text.c_str(), target.folder, target.name) == 0 ? 0 : errno;
+}
+
+int writeAll(int target, const char* bytes, std::size_t size)
+{
+    while (size > 0) {
+        const ssize_t count = retryInterrupted([&] { return ::write(target, bytes, size); });
+        if (count < 0)
+            return errno;
+        bytes += count;
+        size -= std::size_t(count);
+    }
     return 0;
 }
 

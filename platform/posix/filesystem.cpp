@@ -1,8 +1,9 @@
 #include "platform/filesystem.h"
 
+#include "platform/posix/file_access.h"
+#include "platform/posix/file_copy.h"
 #include "platform/posix/native_path.h"
 
-#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -28,6 +29,7 @@ struct OpenMode {
     std::string text;
 };
 
+// "b" and "t" mean nothing here: text is written as it is.
 OpenMode parseMode(const std::string& mode)
 {
     OpenMode result;
@@ -47,16 +49,9 @@ OpenMode parseMode(const std::string& mode)
     return result;
 }
 
-// Fills a target that was just opened, and removes it again if that fails.
-int fill(const FileDescriptor& source, const struct stat& sourceStatus, FileDescriptor target,
-         const struct stat& targetStatus, const NativePath& to)
+FolderEntry entry(const NativePath& path)
 {
-    int cause = copyInto(source.get(), sourceStatus, target.get(), targetStatus);
-    if (const int closed = target.close(); cause == 0)
-        cause = closed;
-    if (cause != 0)
-        ::unlinkat(to.folder(), to.name(), 0);
-    return cause;
+    return {path.folder(), path.name()};
 }
 
 // Empties a file that is to be overwritten, unless it may not be.
@@ -64,13 +59,14 @@ ErrorCode takeOver(const FileDescriptor& file, const struct stat& status, const 
                    const struct stat& source)
 {
     const bool isSame = source.st_dev == status.st_dev && source.st_ino == status.st_ino;
-    if (isSame || !hold(file.get(), true))
+    if (isSame || !lockFile(file.get(), FileLock::Exclusive))
         return SharingViolation;
     if (!S_ISREG(status.st_mode) || isWriteProtected(path.folder(), path.name(), status))
         return AccessDenied;
     return ::ftruncate(file.get(), 0) == 0 ? 0 : errorCode(errno);
 }
 
+// A target that must not exist yet.
 int copyNew(const NativePath& from, const struct stat& status, const NativePath& to)
 {
     const FileDescriptor source = from.open(O_RDONLY | O_NONBLOCK);
@@ -80,7 +76,7 @@ int copyNew(const NativePath& from, const struct stat& status, const NativePath&
     struct stat targetStatus = {};
     if (!target.valid() || ::fstat(target.get(), &targetStatus) != 0)
         return errno;
-    return fill(source, status, std::move(target), targetStatus, to);
+    return copyInto(source, status, std::move(target), targetStatus, entry(to));
 }
 
 // Moving a directory there would mean to copy a tree, which a rename does not do.
@@ -91,13 +87,13 @@ int moveAcross(const NativePath& from, const NativePath& to)
         return cause;
     if (!S_ISLNK(status.st_mode) && !S_ISREG(status.st_mode))
         return EXDEV;
-    int cause = S_ISLNK(status.st_mode)
-                    ? copyLink(from.folder(), from.name(), to.folder(), to.name())
-                    : copyNew(from, status, to);
+    int cause =
+        S_ISLNK(status.st_mode) ? copyLink(entry(from), entry(to)) : copyNew(from, status, to);
     if (cause != 0)
         return cause;
     if (::unlinkat(from.folder(), from.name(), 0) == 0)
         return 0;
+    // Two of the entry would be left; better the old one alone.
     cause = errno;
     ::unlinkat(to.folder(), to.name(), 0);
     return cause;
@@ -136,6 +132,7 @@ ErrorCode createDirectory(const std::string& path)
     return native.error(errno);
 }
 
+// Walks down through open directories: no level is too deep, and none is looked up twice.
 ErrorCode createDirectories(const std::string& path)
 {
     std::string text = path.substr(0, path.find('\0'));
@@ -205,9 +202,10 @@ ErrorCode copyFile(const std::string& source, const std::string& target)
     struct stat inputStatus = {};
     if (::fstat(input.get(), &inputStatus) != 0 || !S_ISREG(inputStatus.st_mode))
         return AccessDenied;
-    if (isHeld(input.get(), false))
+    if (isLockedAgainst(input.get(), FileLock::Shared))
         return SharingViolation;
 
+    // First as a new file, so that what is removed after a failure is certainly the copy's own.
     FileDescriptor output = to.open(O_WRONLY | O_CREAT | O_EXCL, inputStatus.st_mode & Permissions);
     const bool existed = !output.valid() && errno == EEXIST;
     if (existed)
@@ -219,7 +217,7 @@ ErrorCode copyFile(const std::string& source, const std::string& target)
         if (const ErrorCode code = takeOver(output, outputStatus, to, inputStatus); code != 0)
             return code;
     }
-    const int cause = fill(input, inputStatus, std::move(output), outputStatus, to);
+    const int cause = copyInto(input, inputStatus, std::move(output), outputStatus, entry(to));
     return cause == 0 ? 0 : errorCode(cause);
 }
 
@@ -238,7 +236,7 @@ ErrorCode renameEntry(const std::string& oldPath, const std::string& newPath)
     if (cause == 0)
         return 0;
     if (cause == EINVAL || cause == ENOSYS) {
-        // The file system cannot tell in the same step whether the new name is free.
+        // The file system cannot find out in the same step whether the new name is free.
         struct stat status = {};
         if (to.status(status) == 0)
             return AlreadyExists;
@@ -258,11 +256,13 @@ std::FILE* openStream(const std::string& path, const std::string& mode)
     if (!file.valid() || ::fstat(file.get(), &status) != 0 || S_ISDIR(status.st_mode))
         return nullptr;
     if (S_ISREG(status.st_mode)) {
-        const bool writes = (wanted.flags & O_ACCMODE) != O_RDONLY;
+        const bool reads = (wanted.flags & O_ACCMODE) == O_RDONLY;
         // Contents go only when it is certain that nobody else uses them.
-        if (!hold(file.get(), writes) || (wanted.truncates && ::ftruncate(file.get(), 0) != 0))
+        if (!lockFile(file.get(), reads ? FileLock::Shared : FileLock::Exclusive) ||
+            (wanted.truncates && ::ftruncate(file.get(), 0) != 0))
             return nullptr;
     }
+    // From here on the stream owns the descriptor, and with it the lock.
     std::FILE* stream = ::fdopen(file.get(), wanted.text.c_str());
     if (stream != nullptr)
         file.release();
@@ -279,8 +279,9 @@ bool isLocked(const std::string& path)
         return true;
     if (S_ISDIR(status.st_mode) || isWriteProtected(native.folder(), native.name(), status))
         return true;
+    // Without O_NONBLOCK a pipe that nobody reads would hold up the caller.
     const FileDescriptor file = native.open(O_RDWR | O_NONBLOCK);
-    return !file.valid() || isHeld(file.get(), true);
+    return !file.valid() || isLockedAgainst(file.get(), FileLock::Exclusive);
 }
 
 }

@@ -1,5 +1,7 @@
 #include "platform/folder.h"
 
+#include "platform/posix/file_access.h"
+#include "platform/posix/file_copy.h"
 #include "platform/posix/native_path.h"
 
 #include <cstddef>
@@ -22,8 +24,8 @@ EntryType typeOf(mode_t mode)
     return S_ISDIR(mode) ? EntryType::Directory : EntryType::File;
 }
 
-// For the entries whose type the enumeration itself does not tell: links, and all of them on a few
-// file systems.
+// For the entries whose type the enumeration itself does not report: links, and all of them on a
+// few file systems.
 EntryType lookUpType(int folder, const char* name)
 {
     struct stat status = {};
@@ -38,6 +40,8 @@ EntryType lookUpType(int folder, const char* name)
 
 }
 
+// A folder is its descriptor: everything below it is named relative to that, so a tree that is
+// renamed meanwhile is still the one that was opened.
 struct Folder::State {
     explicit State(FileDescriptor descriptor) : file(std::move(descriptor)) {}
 
@@ -69,6 +73,7 @@ FolderIdentity Folder::identity() const
     return {status.st_dev, status.st_ino};
 }
 
+// O_NOFOLLOW: a directory that became a link since it was listed leads nowhere.
 Folder Folder::openChild(const std::string& name) const
 {
     Folder child;
@@ -96,6 +101,8 @@ ErrorCode Folder::createChild(const std::string& name, const Folder& model) cons
 
 ErrorCode Folder::removeFile(const std::string& name, bool force) const
 {
+    // The kernel asks for the right to change the directory only; the file's own protection is ours
+    // to mind.
     if (!force) {
         struct stat status = {};
         if (::fstatat(m_state->get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
@@ -117,6 +124,7 @@ ErrorCode Folder::removeChild(const std::string& name) const
     return result == 0 ? 0 : errorCode(errno);
 }
 
+// What may be removed from a directory is a matter of the directory's rights, not of the entry's.
 void Folder::allowRemoval() const
 {
     struct stat status = {};
@@ -133,7 +141,7 @@ ErrorCode Folder::copyFile(const std::string& name, const Folder& target) const
         return errorCode(errno);
     if (!S_ISREG(inputStatus.st_mode))
         return AccessDenied;
-    if (isHeld(input.get(), false))
+    if (isLockedAgainst(input.get(), FileLock::Shared))
         return errorCode(EAGAIN);
     FileDescriptor output(::openat(target.m_state->get(), name.c_str(),
                                    O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
@@ -141,22 +149,20 @@ ErrorCode Folder::copyFile(const std::string& name, const Folder& target) const
     struct stat outputStatus = {};
     if (!output.valid() || ::fstat(output.get(), &outputStatus) != 0)
         return errorCode(errno);
-    int cause = copyInto(input.get(), inputStatus, output.get(), outputStatus);
-    if (const int closed = output.close(); cause == 0)
-        cause = closed;
-    if (cause == 0)
-        return 0;
-    ::unlinkat(target.m_state->get(), name.c_str(), 0);
-    return errorCode(cause);
+    const int cause = copyInto(input, inputStatus, std::move(output), outputStatus,
+                               {target.m_state->get(), name.c_str()});
+    return cause == 0 ? 0 : errorCode(cause);
 }
 
 ErrorCode Folder::copyLink(const std::string& name, EntryType, const Folder& target) const
 {
     const int cause =
-        Platform::copyLink(m_state->get(), name.c_str(), target.m_state->get(), name.c_str());
+        Platform::copyLink({m_state->get(), name.c_str()}, {target.m_state->get(), name.c_str()});
     return cause == 0 ? 0 : errorCode(cause);
 }
 
+// The entries come in blocks straight from the kernel; the C library's reader would allocate and
+// copy.
 struct FolderReader::State {
     int folder = -1;
     bool failed = false;

@@ -1,6 +1,7 @@
 #include "platform/guid.h"
 
-#include <cerrno>
+#include "platform/posix/retry.h"
+
 #include <sys/random.h>
 
 namespace Tools::Platform {
@@ -9,9 +10,7 @@ namespace Tools::Platform {
 Guid createGuid()
 {
     Guid guid = {};
-    while (::getrandom(&guid, sizeof(guid), 0) != static_cast<ssize_t>(sizeof(guid)) &&
-           errno == EINTR) {
-    }
+    retryInterrupted([&] { return ::getrandom(&guid, sizeof(guid), 0); });
     guid.Data3 = static_cast<std::uint16_t>((guid.Data3 & 0x0FFF) | 0x4000);
     guid.Data4[0] = static_cast<unsigned char>((guid.Data4[0] & 0x3F) | 0x80);
     return guid;

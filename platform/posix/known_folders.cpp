@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdint>
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/random.h>
@@ -84,6 +83,7 @@ std::string temporaryDirectory()
     return path;
 }
 
+// A random name and O_EXCL: nobody can have put a file or a link there before.
 std::string createTemporaryFile(const std::string& prefix)
 {
     constexpr int Attempts = 100;
@@ -110,6 +110,7 @@ std::string createTemporaryFile(const std::string& prefix)
 
 std::string userName()
 {
+    // The system's list first: the variable can be set to anything.
     std::string name = userEntry(&passwd::pw_name);
     return name.empty() ? variable("USER") : name;
 }

@@ -1,35 +1,47 @@
 #include "platform/lifetime.h"
 
-#include <array>
 #include <atomic>
+
+#include <cxxabi.h>
 #include <pthread.h>
 
 namespace Tools::Platform {
 
 namespace {
 
-using Handler = void (*)();
+std::atomic<EndHandler> s_run{nullptr};
+std::atomic<bool> s_isProcessEnding{false};
 
-std::array<std::atomic<Handler>, 8> s_endHandlers{};
-std::atomic<std::size_t> s_endHandlerCount{0};
+// Any address that is not the library's own handle.
+char s_processTag;
 
-// The library's finalizer comes after all destructors of static objects, in whatever module; what
-// std::atexit() registers would run among them.
-[[gnu::destructor]] void callEndHandlers()
+void noteProcessEnd(void*)
 {
-    for (auto handler = s_endHandlers.rbegin(); handler != s_endHandlers.rend(); ++handler) {
-        if (const Handler call = handler->exchange(nullptr))
-            call();
-    }
+    s_isProcessEnding = true;
+}
+
+// The finalizer with the lowest priority comes after all destructors of static objects, those of
+// this module as well; what std::atexit() registers would run among them.
+[[gnu::destructor(101)]] void endLibrary()
+{
+    const EndHandler run = s_run.exchange(nullptr);
+    if (run == nullptr)
+        return;
+    // Takes noteProcessEnd, which may be about to vanish, off the system's list.
+    const bool isProcessEnding = s_isProcessEnding;
+    abi::__cxa_finalize(&s_processTag);
+    run(isProcessEnding ? LibraryEnd::ProcessEnd : LibraryEnd::Unloading);
 }
 
 }
 
-void onLibraryEnd(void (*handler)())
+// At the end of the process the system calls all registered functions, at unloading only those
+// under the library's own handle. So one under another handle has been called in the first case
+// only.
+void watchLibraryEnd(EndHandler run)
 {
-    const std::size_t index = s_endHandlerCount.fetch_add(1);
-    if (index < s_endHandlers.size())
-        s_endHandlers[index] = handler;
+    s_run = run;
+    abi::__cxa_atexit(noteProcessEnd, nullptr, &s_processTag);
 }
 
 bool otherThreadsWereStopped()

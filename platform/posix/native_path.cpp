@@ -17,7 +17,7 @@ struct Cause {
     ErrorCode code;
 };
 
-// Sorted by nothing: the list is short and failures are rare.
+// In the order of their codes. The list is short and failures are rare.
 constexpr Cause Causes[] = {
     {ENOENT, 2},         {ENOTDIR, 3},  {EMFILE, 4},   {ENFILE, 4},      {EACCES, 5},
     {EPERM, 5},          {EISDIR, 5},   {EBADF, 6},    {ENOMEM, 8},      {EXDEV, 17},
@@ -28,15 +28,7 @@ constexpr Cause Causes[] = {
 constexpr ErrorCode PathNotFound = 3;
 constexpr ErrorCode GeneralFailure = 31;
 
-}
-
-ErrorCode errorCode(int cause)
-{
-    const auto* found = std::find_if(std::begin(Causes), std::end(Causes),
-                                     [cause](const Cause& c) { return c.number == cause; });
-    return found == std::end(Causes) ? GeneralFailure : found->code;
-}
-
+// The first byte of a double-byte character.
 bool isLeadByte(char c)
 {
     struct LeadBytes {
@@ -45,6 +37,15 @@ bool isLeadByte(char c)
     };
     static const LeadBytes bytes;
     return bytes.isLead[static_cast<unsigned char>(c)];
+}
+
+}
+
+ErrorCode errorCode(int cause)
+{
+    const auto* found = std::find_if(std::begin(Causes), std::end(Causes),
+                                     [cause](const Cause& c) { return c.number == cause; });
+    return found == std::end(Causes) ? GeneralFailure : found->code;
 }
 
 void toSlashes(std::string& path)
@@ -57,6 +58,8 @@ void toSlashes(std::string& path)
     }
 }
 
+// The invariant of the walk: `rest` is what remains of the text, relative to m_folder, and does not
+// begin with a slash once a folder is open. Each step opens the longest prefix that one call takes.
 NativePath::NativePath(const std::string& path)
     : m_text(path.substr(0, path.find('\0'))), m_name(m_text.data()), m_noFolder(AT_FDCWD)
 {
@@ -91,6 +94,7 @@ ErrorCode NativePath::error(int cause) const
     return errorCode(cause);
 }
 
+// Asked only after a failure, so its cost does not matter.
 bool NativePath::hasParent() const
 {
     std::string parent(m_name);
@@ -112,31 +116,6 @@ int NativePath::status(struct stat& result) const
 FileDescriptor NativePath::open(int flags, unsigned mode) const
 {
     return FileDescriptor(::openat(folder(), m_name, flags | O_CLOEXEC, mode));
-}
-
-bool isWriteProtected(int folder, const char* name, const struct stat& status)
-{
-    constexpr mode_t AnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
-    return (status.st_mode & AnyWrite) == 0 || ::faccessat(folder, name, W_OK, AT_EACCESS) != 0;
-}
-
-// Only the first byte is asked for: who holds a file has all of it locked, while a database in use,
-// which may be copied, has locks elsewhere.
-bool isHeld(int file, bool writing)
-{
-    struct flock lock = {};
-    lock.l_type = writing ? F_WRLCK : F_RDLCK;
-    lock.l_whence = SEEK_SET;
-    lock.l_len = 1;
-    return ::fcntl(file, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
-}
-
-bool hold(int file, bool writing)
-{
-    struct flock lock = {};
-    lock.l_type = writing ? F_WRLCK : F_RDLCK;
-    lock.l_whence = SEEK_SET;
-    return ::fcntl(file, F_OFD_SETLK, &lock) == 0 || (errno != EAGAIN && errno != EACCES);
 }
 
 }

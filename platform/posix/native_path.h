@@ -7,13 +7,11 @@
 
 struct stat;
 
+// native_path.h - the translation of paths, and of the causes why one leads nowhere.
 namespace Tools::Platform {
 
-// The Windows number for a cause told by errno. A missing name counts as a missing file.
+// The Windows number for a cause named by errno. A missing name counts as a missing file.
 ErrorCode errorCode(int cause);
-
-// The first byte of a double-byte character.
-bool isLeadByte(char c);
 
 // Turns the backslashes of a path into slashes, but not the second bytes of double-byte characters.
 void toSlashes(std::string& path);
@@ -43,23 +41,5 @@ private:
     FileDescriptor m_folder;
     int m_noFolder;
 };
-
-// Neither its permissions nor the user's rights let the entry be written. The permissions alone
-// count for the system's administrator, too, as the read-only flag of a file does on Windows.
-bool isWriteProtected(int folder, const char* name, const struct stat& status);
-
-// Another opening of the file holds a lock that keeps out readers, or (`writing`) anybody.
-bool isHeld(int file, bool writing);
-// Takes a lock for as long as the file is open; false if another one is in the way. File systems
-// without locks keep nobody out.
-bool hold(int file, bool writing);
-
-// Copies contents, permissions and modification time into an empty file. 0 or the cause.
-int copyInto(int source, const struct stat& sourceStatus, int target,
-             const struct stat& targetStatus);
-// Makes a link with the same text as another one. 0 or the cause.
-int copyLink(int sourceFolder, const char* source, int targetFolder, const char* target);
-// Writes all of the bytes. 0 or the cause.
-int writeAll(int target, const char* bytes, std::size_t size);
 
 }

@@ -2,9 +2,13 @@
 
 namespace Tools::Platform {
 
-// How often it pays to ask for something before sleeping until the system brings it. Asking saves
-// two waits for the scheduler while the other side runs on another processor, and is in its way on
-// a busy machine; so it is given up step by step while it does not help, and tried again at times.
+// Adaptive spinning: how often it pays to ask for something before sleeping until the system brings
+// it. Asking saves two waits for the scheduler while the other side runs on another processor, and
+// is in its way on a busy machine; so it is given up step by step while it does not help, and tried
+// again at times.
+//
+// An object has no lock and no atomic: it is used by one thread at a time, whoever holds the block
+// on the sender's side, the one that runs the listener on the receiver's.
 class Patience {
 public:
     constexpr explicit Patience(int most) : m_most(most), m_tries(most) {}

@@ -1,17 +1,18 @@
 #include "platform/process.h"
 
 #include "platform/filesystem.h"
-#include "platform/posix/command_line.h"
 #include "platform/posix/environment.h"
+#include "platform/posix/file_access.h"
 #include "platform/posix/native_path.h"
+#include "platform/posix/program.h"
 #include "platform/posix/reaper.h"
+#include "platform/posix/retry.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
-#include <limits>
 #include <mutex>
 #include <poll.h>
 #include <spawn.h>
@@ -34,8 +35,8 @@ using Clock = std::chrono::steady_clock;
 // the program keep their exit status for whoever started them.
 struct ChildProcess {
     pid_t id = -1;
-    // Readable once the process has ended; -1 where the kernel has no such descriptors.
-    int descriptor = -1;
+    // Readable once the process has ended; none where the kernel has no such descriptors.
+    FileDescriptor descriptor;
     std::mutex mutex;
     bool ended = false;
     std::uint32_t exitCode = 0;
@@ -56,10 +57,7 @@ bool takeExitCode(ChildProcess& child)
     if (child.ended)
         return true;
     int status = 0;
-    pid_t result = 0;
-    do {
-        result = ::waitpid(child.id, &status, WNOHANG);
-    } while (result < 0 && errno == EINTR);
+    const pid_t result = retryInterrupted([&] { return ::waitpid(child.id, &status, WNOHANG); });
     if (result == 0)
         return false;
     child.ended = true;
@@ -79,11 +77,11 @@ int timeLeft(Clock::time_point end, int milliseconds)
 // Returns when the child may have ended, or after the time.
 void sleepForEnd(const ChildProcess& child, int milliseconds)
 {
-    if (child.descriptor < 0) {
+    if (!child.descriptor.valid()) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
         return;
     }
-    pollfd entry = {child.descriptor, POLLIN, 0};
+    pollfd entry = {child.descriptor.get(), POLLIN, 0};
     ::poll(&entry, 1, milliseconds);
 }
 
@@ -152,6 +150,7 @@ pid_t spawn(const Command& command, const FileActions& actions)
     for (const std::string& argument : command.arguments)
         arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);
+    // A copy: another thread may change a variable while the child is being made.
     const std::vector<char*> environment = copyEnvironment();
     pid_t id = -1;
     const int error = ::posix_spawn(&id, command.program.c_str(), actions.get(), attributes.get(),
@@ -159,6 +158,7 @@ pid_t spawn(const Command& command, const FileActions& actions)
     return error == 0 ? id : -1;
 }
 
+// The pidfd names this very child, even if its number should be used again after its end.
 ProcessHandle start(const Command& command, const FileActions& actions)
 {
     const pid_t id = spawn(command, actions);
@@ -166,10 +166,11 @@ ProcessHandle start(const Command& command, const FileActions& actions)
         return nullptr;
     auto* child = new ChildProcess;
     child->id = id;
-    child->descriptor = ::pidfd_open(id, 0);
+    child->descriptor = FileDescriptor(::pidfd_open(id, 0));
     return child;
 }
 
+// A handle is the pointer itself; it is the caller's until closeProcess().
 ChildProcess& fromHandle(ProcessHandle process)
 {
     return *static_cast<ChildProcess*>(process);
@@ -179,7 +180,7 @@ ChildProcess& fromHandle(ProcessHandle process)
 
 ProcessHandle startProcess(const StartOptions& options)
 {
-    Command command = parseCommandLine(options.commandLine);
+    Command command = options.parse(options.commandLine, findProgram);
     if (command.program.empty())
         return nullptr;
     FileActions actions;
@@ -188,7 +189,8 @@ ProcessHandle startProcess(const StartOptions& options)
         // Without O_NONBLOCK a pipe that nobody writes to would hold up the program.
         input = NativePath(options.inputFile).open(O_RDONLY | O_NONBLOCK);
         // The child shares the lock: its input is not written to while it reads.
-        if (!input.valid() || isDirectory(options.inputFile) || !hold(input.get(), false))
+        if (!input.valid() || isDirectory(options.inputFile) ||
+            !lockFile(input.get(), FileLock::Shared))
             return nullptr;
         ::fcntl(input.get(), F_SETFL, 0);
         actions.readFrom(input.get());
@@ -196,6 +198,7 @@ ProcessHandle startProcess(const StartOptions& options)
     std::string directory = options.currentDirectory;
     toSlashes(directory);
     if (!directory.empty() && directory != ".") {
+        // The child changes the directory before it starts the program.
         command.program = absolute(command.program);
         actions.startIn(directory);
     }
@@ -232,9 +235,7 @@ void closeProcess(ProcessHandle process)
 {
     ChildProcess& child = fromHandle(process);
     if (!takeExitCode(child))
-        reapLater(child.id, child.descriptor);
-    else if (child.descriptor >= 0)
-        ::close(child.descriptor);
+        reapLater(child.id, std::move(child.descriptor));
     delete &child;
 }
 

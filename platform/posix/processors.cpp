@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <numeric>
 
@@ -44,6 +43,8 @@ int readNumber(const std::string& path)
     return number;
 }
 
+// A bit a processor. With one above 63 in the group only the number of bits is right, which is what
+// processors are counted by.
 std::uint64_t toMask(const Numbers& processors)
 {
     std::uint64_t mask = 0;
@@ -74,7 +75,7 @@ public:
     }
 
 private:
-    // Each core, cache and package is told by the first of its processors.
+    // Each core, cache and package is reported by the first of its processors.
     void addProcessor(int processor)
     {
         const std::string directory = m_root + "/cpu/cpu" + std::to_string(processor);
@@ -90,6 +91,7 @@ private:
         addCaches(directory + "/cache/index", processor);
     }
 
+    // The kernel numbers a processor's caches without gaps.
     void addCaches(const std::string& prefix, int processor)
     {
         for (int i = 0;; ++i) {
@@ -139,30 +141,10 @@ std::vector<ProcessorRecord> readTopology(const std::string& root, int fallbackC
     return Topology(root, fallbackCount).read();
 }
 
-bool hasProcessorInformation()
+Processors readProcessors()
 {
-    return true;
-}
-
-bool readProcessorInformation(void* buffer, std::uint32_t& size, int& error)
-{
-    const std::vector<ProcessorRecord> records =
-        readTopology("/sys/devices/system", static_cast<int>(::sysconf(_SC_NPROCESSORS_ONLN)));
-    const auto needed = static_cast<std::uint32_t>(records.size() * sizeof records.front());
-    const bool fits = buffer != nullptr && size >= needed;
-    if (fits)
-        std::memcpy(buffer, records.data(), needed);
-    error = fits ? 0 : BufferTooSmall;
-    size = needed;
-    return fits;
-}
-
-std::vector<ProcessorRecord> processorRecords(const void* buffer, std::uint32_t size)
-{
-    std::vector<ProcessorRecord> records(size / sizeof(ProcessorRecord));
-    if (!records.empty())
-        std::memcpy(records.data(), buffer, records.size() * sizeof(ProcessorRecord));
-    return records;
+    const long online = ::sysconf(_SC_NPROCESSORS_ONLN);
+    return {.records = readTopology("/sys/devices/system", static_cast<int>(online))};
 }
 
 }

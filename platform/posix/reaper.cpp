@@ -1,7 +1,8 @@
 #include "platform/posix/reaper.h"
 
+#include "platform/posix/retry.h"
+
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
 #include <dlfcn.h>
 #include <mutex>
@@ -18,14 +19,20 @@ namespace {
 
 struct Child {
     pid_t id;
-    int descriptor;
+    FileDescriptor descriptor;
 };
 
+// All but the descriptor of the event is read and written under the lock. `running` says that the
+// thread is there and will look at `children` once more: it is set when the thread is started, and
+// cleared by the thread, in the same hold of the lock in which it found no children. So a child
+// that is added meanwhile finds either a thread that will see it or the need to start one. Outside
+// of the lock the thread polls descriptors that it alone closes.
+//
 // Never destroyed: the thread may look at it to the very end of the process.
 struct Reaper {
     std::mutex mutex;
     std::vector<Child> children;
-    int wakeUp = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    FileDescriptor wakeUp{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
     bool running = false;
     // A forked process inherits this object, but not the thread.
     pid_t owner = -1;
@@ -40,39 +47,34 @@ Reaper& reaper()
 // True once the child has ended and is gone; also if somebody else took it.
 bool reap(const Child& child)
 {
-    pid_t result = 0;
-    do {
-        result = ::waitpid(child.id, nullptr, WNOHANG);
-    } while (result < 0 && errno == EINTR);
-    if (result == 0)
-        return false;
-    if (child.descriptor >= 0)
-        ::close(child.descriptor);
-    return true;
+    return retryInterrupted([&] { return ::waitpid(child.id, nullptr, WNOHANG); }) != 0;
 }
 
-// Returns when some child may have ended or a new one has come.
-void sleepForChange(const std::vector<Child>& children, int wakeUp)
+// What to poll for a child that may have ended or a new one that has come.
+struct Changes {
+    std::vector<pollfd> entries;
+    int timeout = -1;
+};
+
+Changes expectedChanges(const Reaper& own)
 {
     constexpr int BlindInterval = 50;
-    std::vector<pollfd> entries = {{wakeUp, POLLIN, 0}};
-    int timeout = -1;
-    for (const Child& child : children) {
-        if (child.descriptor >= 0)
-            entries.push_back({child.descriptor, POLLIN, 0});
+    Changes changes;
+    changes.entries.push_back({own.wakeUp.get(), POLLIN, 0});
+    for (const Child& child : own.children) {
+        if (child.descriptor.valid())
+            changes.entries.push_back({child.descriptor.get(), POLLIN, 0});
         else
-            timeout = BlindInterval;
+            changes.timeout = BlindInterval;
     }
-    ::poll(entries.data(), entries.size(), timeout);
-    eventfd_t count = 0;
-    ::eventfd_read(wakeUp, &count);
+    return changes;
 }
 
 void* reapChildren(void* context)
 {
     auto& own = *static_cast<Reaper*>(context);
     for (;;) {
-        std::vector<Child> children;
+        Changes changes;
         {
             const std::lock_guard<std::mutex> lock(own.mutex);
             std::erase_if(own.children, reap);
@@ -80,9 +82,11 @@ void* reapChildren(void* context)
                 own.running = false;
                 return nullptr;
             }
-            children = own.children;
+            changes = expectedChanges(own);
         }
-        sleepForChange(children, own.wakeUp);
+        ::poll(changes.entries.data(), changes.entries.size(), changes.timeout);
+        eventfd_t count = 0;
+        ::eventfd_read(own.wakeUp.get(), &count);
     }
 }
 
@@ -111,19 +115,20 @@ bool startThread(Reaper& own)
 
 }
 
-void reapLater(pid_t child, int descriptor)
+void reapLater(pid_t child, FileDescriptor descriptor)
 {
     Reaper& own = reaper();
     const std::lock_guard<std::mutex> lock(own.mutex);
+    // The first child of this process, which may be a fork of one that had a reaper.
     if (own.owner != ::getpid()) {
         own.owner = ::getpid();
         own.running = false;
         own.children.clear();
         keepLibraryLoaded();
     }
-    own.children.push_back({child, descriptor});
+    own.children.push_back({child, std::move(descriptor)});
     if (own.running)
-        ::eventfd_write(own.wakeUp, 1);
+        ::eventfd_write(own.wakeUp.get(), 1);
     else
         own.running = startThread(own);
 }

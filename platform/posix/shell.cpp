@@ -1,8 +1,7 @@
 #include "platform/shell.h"
 
-#include "platform/posix/command_line.h"
 #include "platform/posix/native_path.h"
-#include "platform/process.h"
+#include "platform/posix/program.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -51,18 +50,18 @@ int missingCode(const std::string& path)
     return parentExists ? FileNotFound : PathNotFound;
 }
 
-int startFile(const std::string& program, const std::string& parameters)
+int startFile(const std::string& program, std::vector<std::string> arguments)
 {
-    Command command{program, splitArguments(parameters)};
-    command.arguments.insert(command.arguments.begin(), program);
-    const ProcessHandle process = startCommand(command);
+    arguments.insert(arguments.begin(), program);
+    const ProcessHandle process = startCommand({program, std::move(arguments)});
     if (process == nullptr)
         return BadFormat;
     closeProcess(process);
     return Success;
 }
 
-// What xdg-open tells within a moment; one that goes on has found something to open the file with.
+// What xdg-open reports within a moment; one that goes on has found something to open the file
+// with.
 int openWithDesktop(const std::string& file)
 {
     constexpr int Moment = 2000;
@@ -86,7 +85,7 @@ int openWithDesktop(const std::string& file)
 
 }
 
-int shellExecute(const std::string& file, const std::string& parameters)
+int shellExecute(const std::string& file, const std::string& parameters, ArgumentSplitter split)
 {
     if (isUrl(file))
         return openWithDesktop(file);
@@ -96,10 +95,10 @@ int shellExecute(const std::string& file, const std::string& parameters)
     if (::stat(path.c_str(), &status) != 0) {
         const int code = missingCode(path);
         const std::string program = findProgram(path);
-        return program.empty() ? code : startFile(program, parameters);
+        return program.empty() ? code : startFile(program, split(parameters));
     }
     if (S_ISREG(status.st_mode) && ::access(path.c_str(), X_OK) == 0)
-        return startFile(path, parameters);
+        return startFile(path, split(parameters));
     if (::access(path.c_str(), R_OK) != 0)
         return AccessDenied;
     // A name that begins with "-" must not be taken for an option.

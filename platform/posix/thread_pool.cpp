@@ -7,7 +7,6 @@
 #include <climits>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include <csignal>
@@ -30,8 +29,8 @@ namespace {
 
 constexpr std::size_t CacheLine = 64;
 
-// Waking a sleeping thread takes the system several microseconds, noticing a changed word a tenth
-// of one. So everybody looks for a while before going to sleep.
+// Adaptive spinning: waking a sleeping thread takes the system several microseconds, noticing a
+// changed word a tenth of one. So everybody looks for a while before going to sleep.
 constexpr std::chrono::nanoseconds SpinTime{10'000};
 
 // Short work is done by the threads that are awake before it would pay to wake others. Longer work
@@ -56,7 +55,8 @@ bool spin(std::chrono::nanoseconds time, Condition condition)
     return false;
 }
 
-// Sleeps while `word` has this value, or until woken.
+// Sleeps (a futex) while `word` has this value, or until woken. It may wake for no reason, so
+// callers look again.
 void sleepWhile(std::atomic<std::uint32_t>& word, std::uint32_t value)
 {
     ::syscall(SYS_futex, &word, FUTEX_WAIT_PRIVATE, value, nullptr, nullptr, 0);
@@ -86,9 +86,30 @@ void watchForks()
 
 }
 
-// One thread hands a batch of calls over and waits; the pool's threads claim one call after the
-// other. What the one side writes for the other stands on as few cache lines as possible: each line
-// that has to move between two cores costs as much as all the rest of a short batch.
+// One thread, the caller, hands a batch of calls over and waits; the pool's threads claim one call
+// after the other. What the one side writes for the other is on as few cache lines as possible:
+// each line that has to move between two cores costs as much as all the rest of a short batch.
+//
+// The hand-over has no lock. Its invariants:
+// - The slots are the caller's to write while no batch is out, that is until it stores the ticket
+//   and from when it has seen the last call completed. A thread may use slot i only after it has
+//   claimed call i; from then on the slot is that thread's alone.
+// - The ticket (batch, number of calls) is written by the caller only, with release after the
+//   slots. Whoever reads it with acquire sees the slots of that batch.
+// - The claims (batch, calls claimed) are changed by the pool's threads only, by compare-exchange
+//   from what they compared with the ticket. (The caller stands in for them where the system has
+//   no thread to give.) The batch in the word makes a claim fail whose thread was held up since
+//   an earlier batch, so there is no ABA; a word of an earlier batch means "none yet".
+// - The count of completed calls only grows, round and round. Each thread adds its calls after it
+//   has made them. The caller adds the sizes of its batches to a target of its own and may go on
+//   when the two are equal: then every effect of the calls is visible to it.
+// - No thread sleeps over work: it changes m_asleep before it looks at the ticket for the last
+//   time, and the caller changes m_asleep, by nothing, after it stored the ticket. Whoever comes
+//   second sees what the other did before: the thread the ticket, or the caller the sleeper.
+// - Nor does the caller sleep over the last completion (Dekker's pattern, sequentially
+//   consistent): it sets m_callerSleeps before it looks at m_completed, a thread adds to
+//   m_completed before it looks at m_callerSleeps. And the word that the caller sleeps on is
+//   m_completed itself.
 class Pool { // NOLINT(clang-analyzer-optin.performance.Padding): the padding is the point
 public:
     Pool(int minimum, int maximum);
@@ -99,7 +120,7 @@ public:
     // Makes `count` calls of copies of `body`, each with the range that `range` gives for its
     // number.
     template <class Ranges>
-    void run(const LoopBody& body, std::uint32_t count, Ranges range);
+    void run(const LoopBody& body, std::uint32_t count, const Ranges& range);
 
 private:
     // A call, and for threads that look out for work all that they need on one line.
@@ -185,7 +206,7 @@ private:
     std::uint32_t m_handedOver = 0;
     std::unique_ptr<Slot[]> m_many;
     std::uint32_t m_capacity = FewSlots;
-    // It needs a processor, too.
+    // The caller needs a processor, too.
     const int m_mostSpinning = usableProcessors() - 1;
     const std::size_t m_minimum;
     const std::size_t m_maximum;
@@ -212,7 +233,7 @@ Pool::~Pool()
 }
 
 template <class Ranges>
-void Pool::run(const LoopBody& body, std::uint32_t count, Ranges range)
+void Pool::run(const LoopBody& body, std::uint32_t count, const Ranges& range)
 {
     if (m_forks != forks.load(std::memory_order_relaxed))
         adoptAfterFork();
@@ -283,8 +304,8 @@ void Pool::callThreads(std::uint32_t count)
         runClaimed();
 }
 
-// Brings the pool to this number of threads, if it has fewer. They take no signals: those are for
-// the program's own threads.
+// Of the caller only, as m_threads is. Brings the pool to this number of threads, if it has fewer.
+// They take no signals: those are for the program's own threads.
 void Pool::startThreads(std::size_t number)
 {
     if (m_threads.size() >= number)
@@ -300,7 +321,8 @@ void Pool::startThreads(std::size_t number)
     ::pthread_sigmask(SIG_SETMASK, &previous, nullptr);
 }
 
-// A forked child has the pool but none of its threads.
+// A forked child has the pool but none of its threads, and what they were doing at that moment is
+// lost: every word is set as if all batches so far had been completed.
 void Pool::adoptAfterFork()
 {
     m_forks = forks.load(std::memory_order_relaxed);
@@ -334,7 +356,8 @@ void Pool::workUntilStopped()
     }
 }
 
-// Claims and makes calls until none is left.
+// Claims and makes calls until none is left. The claims are read before the ticket: read after it
+// they could be those of a batch that the ticket does not know yet.
 void Pool::runClaimed()
 {
     std::uint32_t completed = 0;
@@ -429,14 +452,9 @@ void runWorks(Pool* pool, Work* const* works, std::size_t count)
     }
 }
 
-void runLoop(Pool* pool, const LoopBody& body, int count, int chunks)
+void runLoop(Pool* pool, const LoopBody& body, int count, const LoopRanges& ranges)
 {
-    pool->run(body, static_cast<std::uint32_t>(chunks), ChunkRanges(count, chunks));
-}
-
-bool threadsHaveEnded()
-{
-    return false;
+    pool->run(body, static_cast<std::uint32_t>(count), ranges);
 }
 
 }

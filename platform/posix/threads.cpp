@@ -1,6 +1,7 @@
 #include "platform/threads.h"
 
-#include <cerrno>
+#include "platform/posix/retry.h"
+
 #include <ctime>
 #include <memory>
 
@@ -47,6 +48,7 @@ void leaveLock(Lock* lock)
 
 namespace {
 
+// What the new thread is given; it frees it.
 struct Start {
     int (*body)(void*);
     void* context;
@@ -90,8 +92,7 @@ void sleep(unsigned int milliseconds)
     rest.tv_sec = static_cast<time_t>(milliseconds / 1000);
     rest.tv_nsec = static_cast<long>(milliseconds % 1000) * 1000000;
     // A signal cuts it short; the rest is slept then.
-    while (::nanosleep(&rest, &rest) != 0 && errno == EINTR) {
-    }
+    retryInterrupted([&] { return ::nanosleep(&rest, &rest); });
 }
 
 }

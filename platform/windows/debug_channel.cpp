@@ -11,6 +11,10 @@ namespace Tools::Platform {
 
 namespace {
 
+// The sender's end. The handles are written by the one thread that opens the channel, before the
+// link counts as open, and by closing. The block belongs to the thread that has taken the event;
+// s_holder is that thread's id from after taking it until before giving it back, so that any thread
+// may compare it with its own.
 HWND s_receiver = nullptr;
 UINT s_message = 0;
 DWORD s_process = 0;
@@ -76,7 +80,7 @@ bool deliverDebugBlock()
 {
     ::SetLastError(ERROR_SUCCESS);
     const LRESULT result = ::SendMessageA(s_receiver, s_message, 0, static_cast<LPARAM>(s_process));
-    // The receiver's answer may be 0, too, and its handler may leave any error behind.
+    // The receiver's answer may be 0, too, and its handler may leave any error.
     return result != 0 || ::GetLastError() != ERROR_INVALID_WINDOW_HANDLE || ::IsWindow(s_receiver);
 }
 

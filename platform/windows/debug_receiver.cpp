@@ -4,13 +4,16 @@
 #include "platform/windows/debug_names.h"
 
 #include <algorithm>
-#include <string>
 
 #include <windows.h>
 
 namespace Tools::Platform {
 
 namespace {
+
+// The receiver's end belongs to the one thread that runs the listener, whose window the senders'
+// messages come to; only stop() comes from others, and it sets nothing but an event. A sender's
+// block is looked at during its message only, while its sender waits.
 
 // The window alone cannot keep two receivers apart that start at the same moment.
 constexpr const char* InstanceName = "MdDebugReceiverInstance";
@@ -54,6 +57,8 @@ struct DebugListener::State {
     static LRESULT CALLBACK handle(HWND window, UINT message, WPARAM word, LPARAM value);
 };
 
+// Opened for each piece: a sender's id may be that of another process by the next one. The text is
+// not trusted to end with a NUL.
 void DebugListener::State::receive(std::uint32_t sender) const
 {
     const Block block(sender);
@@ -90,6 +95,7 @@ DebugListener::~DebugListener()
 
 DebugListener::Start DebugListener::start()
 {
+    // Held by its existence, not by being owned: it goes with the process that made it.
     m_state->instance = ::CreateMutexA(nullptr, FALSE, InstanceName);
     if (::GetLastError() == ERROR_ALREADY_EXISTS || ::FindWindowA(DebugWindowClass, nullptr))
         return Start::AlreadyRunning;

@@ -1,5 +1,6 @@
 #include "platform/filesystem.h"
 
+#include "platform/windows/file_handle.h"
 #include "platform/windows/native_path.h"
 
 #include <algorithm>
@@ -57,6 +58,7 @@ EntryType entryType(const std::string& path)
     if (attributes == INVALID_FILE_ATTRIBUTES)
         return EntryType::None;
     DWORD tag = 0;
+    // The attributes alone do not say what kind of reparse point it is.
     if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
         WIN32_FIND_DATAA data = {};
         const HANDLE search = ::FindFirstFileA(name.c_str(), &data);

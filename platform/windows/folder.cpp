@@ -1,5 +1,6 @@
 #include "platform/folder.h"
 
+#include "platform/windows/file_handle.h"
 #include "platform/windows/native_path.h"
 
 namespace Tools::Platform {
@@ -36,6 +37,7 @@ FolderIdentity Folder::identity() const
 {
     if (!valid())
         return {};
+    // No access asked for, so that no sharing mode is in the way.
     const FileHandle file(::CreateFileA(
         m_state->path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
         OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
@@ -119,6 +121,7 @@ ErrorCode Folder::copyLink(const std::string& name, EntryType type, const Folder
     return ERROR_NOT_SUPPORTED;
 }
 
+// The search begins with the first call, as the system delivers an entry on opening it.
 struct FolderReader::State {
     std::string pattern;
     HANDLE search = INVALID_HANDLE_VALUE;

@@ -1,47 +1,49 @@
 #include "platform/lifetime.h"
 
-#include <array>
 #include <atomic>
 #include <cstdlib>
 
 #include <windows.h>
 
+extern "C" BOOLEAN NTAPI RtlDllShutdownInProgress(void);
+
 namespace Tools::Platform {
 
 namespace {
 
-using Handler = void (*)();
+std::atomic<EndHandler> s_run{nullptr};
 
-std::array<std::atomic<Handler>, 8> s_endHandlers{};
-std::atomic<std::size_t> s_endHandlerCount{0};
-
-void callEndHandlers()
+// A program that holds these objects itself is never unloaded, and runs its exit functions while
+// all its threads still live.
+bool isPartOfProgram()
 {
-    for (auto handler = s_endHandlers.rbegin(); handler != s_endHandlers.rend(); ++handler) {
-        if (const Handler call = handler->exchange(nullptr))
-            call();
-    }
+    HMODULE module = nullptr;
+    ::GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
+                             GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                         reinterpret_cast<LPCSTR>(&isPartOfProgram), &module);
+    return module == ::GetModuleHandleA(nullptr);
+}
+
+void endLibrary()
+{
+    LibraryEnd end = isPartOfProgram() ? LibraryEnd::ProcessEnd : LibraryEnd::Unloading;
+    if (otherThreadsWereStopped())
+        end = LibraryEnd::ThreadsStopped;
+    s_run.load()(end);
 }
 
 }
 
-void onLibraryEnd(void (*handler)())
+// The exit functions of a library run when it is detached.
+void watchLibraryEnd(EndHandler run)
 {
-    const std::size_t index = s_endHandlerCount.fetch_add(1);
-    if (index >= s_endHandlers.size())
-        return;
-    s_endHandlers[index] = handler;
-    // In a DLL these belong to the DLL and run when it is detached.
-    if (index == 0)
-        std::atexit(callEndHandlers);
+    s_run = run;
+    std::atexit(endLibrary);
 }
 
 bool otherThreadsWereStopped()
 {
-    using Query = BOOLEAN(WINAPI*)();
-    const HMODULE system = ::GetModuleHandleA("ntdll.dll");
-    const FARPROC address = system ? ::GetProcAddress(system, "RtlDllShutdownInProgress") : nullptr;
-    return address && reinterpret_cast<Query>(reinterpret_cast<void*>(address))();
+    return ::RtlDllShutdownInProgress() != FALSE;
 }
 
 // Processes do not fork here.

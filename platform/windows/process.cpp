@@ -1,6 +1,8 @@
 #include "platform/process.h"
 
-#include <algorithm>
+#include "platform/windows/file_handle.h"
+#include "platform/windows/native_path.h"
+
 #include <mutex>
 
 #include <windows.h>
@@ -9,38 +11,15 @@ namespace Tools::Platform {
 
 namespace {
 
-// The child's standard input, closed here as soon as the child has its own.
-class InputFile {
-public:
-    explicit InputFile(const std::string& name)
-    {
-        if (name.empty())
-            return;
-        std::string path = name;
-        std::replace(path.begin(), path.end(), '/', '\\');
-        SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-        m_handle = ::CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ, &inheritable,
-                                 OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-        m_failed = m_handle == INVALID_HANDLE_VALUE;
-    }
-
-    ~InputFile()
-    {
-        if (m_handle != nullptr && !m_failed)
-            ::CloseHandle(m_handle);
-    }
-
-    InputFile(const InputFile&) = delete;
-    InputFile& operator=(const InputFile&) = delete;
-
-    // Null without a file.
-    HANDLE handle() const { return m_handle; }
-    bool failed() const { return m_failed; }
-
-private:
-    HANDLE m_handle = nullptr;
-    bool m_failed = false;
-};
+// The child's standard input, which the child inherits; no file for an empty path.
+FileHandle openInput(const std::string& path)
+{
+    if (path.empty())
+        return FileHandle(INVALID_HANDLE_VALUE);
+    SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    return FileHandle(::CreateFileA(nativePath(path).c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                    &inheritable, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
 
 WORD toShowCommand(ShowWindow show)
 {
@@ -54,7 +33,7 @@ WORD toShowCommand(ShowWindow show)
     }
 }
 
-STARTUPINFOA toStartupInfo(const StartOptions& options, std::string& title, HANDLE input)
+STARTUPINFOA toStartupInfo(const StartOptions& options, std::string& title, const FileHandle& input)
 {
     STARTUPINFOA info{};
     info.cb = sizeof(info);
@@ -69,9 +48,9 @@ STARTUPINFOA toStartupInfo(const StartOptions& options, std::string& title, HAND
         info.dwXSize = static_cast<DWORD>(options.width);
         info.dwYSize = static_cast<DWORD>(options.height);
     }
-    if (input != nullptr) {
+    if (input.valid()) {
         info.dwFlags |= STARTF_USESTDHANDLES;
-        info.hStdInput = input;
+        info.hStdInput = input.get();
         info.hStdOutput = ::GetStdHandle(STD_OUTPUT_HANDLE);
         info.hStdError = ::GetStdHandle(STD_ERROR_HANDLE);
     }
@@ -99,18 +78,20 @@ ProcessHandle startProcess(const StartOptions& options)
     static std::mutex mutex;
     const std::lock_guard<std::mutex> lock(mutex);
 
-    const InputFile input(options.inputFile);
-    if (input.failed())
+    // Closed here as soon as the child has its own.
+    const FileHandle input = openInput(options.inputFile);
+    if (!options.inputFile.empty() && !input.valid())
         return nullptr;
     std::string commandLine = options.commandLine;
     std::string title = options.title;
-    STARTUPINFOA info = toStartupInfo(options, title, input.handle());
+    STARTUPINFOA info = toStartupInfo(options, title, input);
     PROCESS_INFORMATION process{};
     const char* directory =
         options.currentDirectory.empty() ? nullptr : options.currentDirectory.c_str();
     if (!::CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE,
                           toCreationFlags(options), nullptr, directory, &info, &process))
         return nullptr;
+    // Only the process is waited for.
     ::CloseHandle(process.hThread);
     return process.hProcess;
 }

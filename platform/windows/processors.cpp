@@ -1,6 +1,9 @@
 #include "platform/processors.h"
 
-#include <cstring>
+#include <algorithm>
+#include <iterator>
+#include <memory>
+#include <new>
 
 #include <windows.h>
 
@@ -8,7 +11,8 @@ namespace Tools::Platform {
 
 namespace {
 
-using Query = BOOL(WINAPI*)(SYSTEM_LOGICAL_PROCESSOR_INFORMATION*, DWORD*);
+using Entry = SYSTEM_LOGICAL_PROCESSOR_INFORMATION;
+using Query = BOOL(WINAPI*)(Entry*, DWORD*);
 
 // Looked up, not linked: a system without it must still load the library.
 Query findQuery()
@@ -18,34 +22,34 @@ Query findQuery()
     return reinterpret_cast<Query>(reinterpret_cast<void*>(function));
 }
 
+ProcessorRecord toRecord(const Entry& entry)
+{
+    const int level = entry.Relationship == RelationCache ? entry.Cache.Level : 0;
+    return {static_cast<int>(entry.Relationship), entry.ProcessorMask, level};
 }
 
-bool hasProcessorInformation()
-{
-    return findQuery() != nullptr;
 }
 
-bool readProcessorInformation(void* buffer, std::uint32_t& size, int& error)
+Processors readProcessors()
 {
-    DWORD length = size;
-    const BOOL done =
-        findQuery()(static_cast<SYSTEM_LOGICAL_PROCESSOR_INFORMATION*>(buffer), &length);
-    error = static_cast<int>(::GetLastError());
-    size = length;
-    return done != FALSE;
-}
-
-std::vector<ProcessorRecord> processorRecords(const void* buffer, std::uint32_t size)
-{
-    // Copied out, since nothing is said about the alignment of the buffer.
-    SYSTEM_LOGICAL_PROCESSOR_INFORMATION entry;
-    std::vector<ProcessorRecord> records;
-    for (std::size_t at = 0; at + sizeof entry <= size; at += sizeof entry) {
-        std::memcpy(&entry, static_cast<const char*>(buffer) + at, sizeof entry);
-        const int level = entry.Relationship == RelationCache ? entry.Cache.Level : 0;
-        records.push_back({static_cast<int>(entry.Relationship), entry.ProcessorMask, level});
+    const Query query = findQuery();
+    if (query == nullptr)
+        return {.answer = Processors::Answer::NotSupported};
+    std::unique_ptr<Entry[]> entries;
+    DWORD size = 0;
+    // Again and again: processors may come between two calls.
+    while (query(entries.get(), &size) == FALSE) {
+        const DWORD error = ::GetLastError();
+        if (error != ERROR_INSUFFICIENT_BUFFER)
+            return {.answer = Processors::Answer::Failed, .error = static_cast<int>(error)};
+        entries.reset(new (std::nothrow) Entry[size / sizeof(Entry) + 1]);
+        if (entries == nullptr)
+            return {.answer = Processors::Answer::NoMemory};
     }
-    return records;
+    Processors result;
+    std::transform(entries.get(), entries.get() + size / sizeof(Entry),
+                   std::back_inserter(result.records), toRecord);
+    return result;
 }
 
 }

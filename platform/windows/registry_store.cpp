@@ -33,6 +33,7 @@ public:
 
     KeyHandle get() const { return m_key; }
     KeyHandle release() { return std::exchange(m_key, nullptr); }
+    // The new key is open before the old one, its parent, is closed.
     void reset(KeyHandle key)
     {
         OpenKey old(m_key);
@@ -146,6 +147,8 @@ bool readValue(KeyHandle key, const std::string& name, ValueReceiver& receiver)
 bool writeValue(KeyHandle key, const std::string& name, std::uint32_t kind, const void* data,
                 std::size_t size)
 {
+    // Keys are open for reading; writing asks for the right when it is needed, as few users have it
+    // everywhere.
     const OpenKey writable(open(key, {}, false, KEY_WRITE));
     return writable.get() != nullptr && size <= MAXDWORD &&
            ::RegSetValueExA(writable.get(), name.c_str(), 0, kind, static_cast<const BYTE*>(data),

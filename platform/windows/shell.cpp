@@ -19,7 +19,7 @@ bool isTooLong(const std::string& file)
 
 }
 
-int shellExecute(const std::string& file, const std::string& parameters)
+int shellExecute(const std::string& file, const std::string& parameters, ArgumentSplitter)
 {
     constexpr int FileNotFound = 2;
     if (isTooLong(file))

@@ -6,8 +6,6 @@
 
 #include <windows.h>
 
-extern "C" BOOLEAN NTAPI RtlDllShutdownInProgress(void);
-
 namespace Tools::Platform {
 
 // The system's private pool, with what its work objects are made in and go with.
@@ -26,6 +24,7 @@ public:
     Pool(const Pool&) = delete;
     Pool& operator=(const Pool&) = delete;
 
+    // Cancels what has not started and waits for the rest, before the pool goes.
     ~Pool()
     {
         ::CloseThreadpoolCleanupGroupMembers(m_group, TRUE, nullptr);
@@ -94,6 +93,7 @@ WorkHandle workHandle(const Work* work)
     return work->handle;
 }
 
+// All are submitted before the first is waited for: the pool's threads take them in this order.
 void runWorks(Pool*, Work* const* works, std::size_t count)
 {
     // An item for which the system had no work object runs here rather than not at all.
@@ -135,22 +135,16 @@ struct Chunk {
 
 }
 
-void runLoop(Pool* pool, const LoopBody& body, int count, int chunks)
+void runLoop(Pool* pool, const LoopBody& body, int count, const LoopRanges& ranges)
 {
     std::vector<std::unique_ptr<Chunk>> items;
     std::vector<Work*> works;
-    const ChunkRanges ranges(count, chunks);
-    for (int i = 0; i < chunks; ++i) {
+    for (int i = 0; i < count; ++i) {
         items.push_back(std::make_unique<Chunk>(body, ranges(i)));
         items.back()->work = createWork(pool, Chunk::run, items.back().get());
         works.push_back(items.back()->work);
     }
     runWorks(pool, works.data(), works.size());
-}
-
-bool threadsHaveEnded()
-{
-    return ::RtlDllShutdownInProgress() != FALSE;
 }
 
 }

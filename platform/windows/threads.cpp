@@ -42,6 +42,7 @@ void leaveLock(Lock* lock)
 
 namespace {
 
+// What the new thread is given; it frees it.
 struct Start {
     int (*body)(void*);
     void* context;

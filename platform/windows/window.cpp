@@ -1,6 +1,6 @@
 #include "platform/window.h"
 
-#include "platform/unload.h"
+#include "platform/lifetime.h"
 
 #include <memory>
 
@@ -54,9 +54,9 @@ bool registerClass()
     description.lpfnWndProc = handleMessage;
     description.hInstance = ownModule();
     description.lpszClassName = ClassName;
-    // Left behind, the class would call into memory that the library has left.
-    atUnload([] {
-        if (!processEnds())
+    // A class that stayed would call into memory that the library has left.
+    onLibraryEnd([](LibraryEnd end) {
+        if (end == LibraryEnd::Unloading)
             ::UnregisterClassA(ClassName, ownModule());
     });
     return ::RegisterClassA(&description) != 0;

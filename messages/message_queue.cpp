@@ -16,6 +16,10 @@ namespace {
 
 struct Send;
 
+// One inbox a thread, one lock for all of them. Two rules keep threads from waiting for each other
+// for ever: no handler runs under the lock, and a thread that waits for an answer handles what is
+// sent to its own windows meanwhile.
+
 // What other threads have sent to the windows of one thread. The thread waits here, too, for the
 // answers to what it has sent itself.
 struct Inbox {
@@ -83,6 +87,7 @@ void finish(Send& send)
     send.sender->changed.notify_all();
 }
 
+// Releases those who wait for it. A handler that runs just now holds the window by its own share.
 void end(const std::shared_ptr<Window>& window)
 {
     desktop().windows.erase(window->handle());
@@ -128,6 +133,7 @@ void handleNext(Inbox& inbox, Lock& lock)
     Send& send = *inbox.sends.front();
     inbox.sends.pop_front();
     const std::shared_ptr<Window> window = send.window;
+    // `send` is on the stack of a thread that waits until finish(), so it is there all the time.
     lock.unlock();
     window->handleForOther(send.message);
     lock.lock();

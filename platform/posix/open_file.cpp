@@ -1,6 +1,9 @@
-#include "platform/file_blocks.h"
+#include "platform/open_file.h"
 
+#include "platform/posix/file_access.h"
+#include "platform/posix/file_copy.h"
 #include "platform/posix/native_path.h"
+#include "platform/posix/retry.h"
 
 #include <algorithm>
 #include <fcntl.h>
@@ -14,6 +17,7 @@ namespace {
 
 constexpr mode_t FileMode = 0666;
 constexpr std::size_t BlockSize = std::size_t{256} * 1024;
+// So much is mapped at once, which a process has room for however large the file is.
 constexpr std::size_t WindowSize = std::size_t{8} * 1024 * 1024;
 
 int descriptor(std::intptr_t handle)
@@ -50,7 +54,7 @@ std::uint64_t writeMapped(int target, int source, std::uint64_t size)
 
 void takeBack(int target, std::uint64_t start, std::uint64_t appended)
 {
-    // A writer that ignores the lock may stand behind by now; its text is not ours to cut.
+    // A writer that ignores the lock may have appended by now; its text is not ours to cut.
     struct stat status = {};
     if (::fstat(target, &status) == 0 && std::uint64_t(status.st_size) <= start + appended)
         (void)!::ftruncate(target, off_t(start));
@@ -58,17 +62,18 @@ void takeBack(int target, std::uint64_t start, std::uint64_t appended)
 
 }
 
-InputFile::InputFile(const std::string& path) : m_handle(-1)
+void OpenFile::close()
+{
+    FileDescriptor(descriptor(m_handle)).close();
+    m_handle = None;
+}
+
+InputFile::InputFile(const std::string& path)
 {
     FileDescriptor file = NativePath(path).open(O_RDONLY | O_NONBLOCK);
     struct stat status = {};
-    if (isPlainFile(file, status) && !isHeld(file.get(), false))
+    if (isPlainFile(file, status) && !isLockedAgainst(file.get(), FileLock::Shared))
         m_handle = file.release();
-}
-
-InputFile::~InputFile()
-{
-    FileDescriptor(descriptor(m_handle)).close();
 }
 
 std::uint64_t InputFile::size() const
@@ -82,37 +87,47 @@ bool InputFile::read(std::uint64_t offset, void* buffer, std::size_t capacity,
 {
     count = 0;
     while (count < capacity) {
-        const ssize_t part = ::pread(descriptor(m_handle), static_cast<char*>(buffer) + count,
-                                     capacity - count, off_t(offset + count));
+        const ssize_t part = retryInterrupted([&] {
+            return ::pread(descriptor(m_handle), static_cast<char*>(buffer) + count,
+                           capacity - count, off_t(offset + count));
+        });
+        if (part < 0)
+            return false;
         if (part == 0)
             break;
-        if (part < 0 && errno != EINTR)
-            return false;
-        count += part < 0 ? 0 : std::size_t(part);
+        count += std::size_t(part);
     }
     return true;
 }
 
-AppendedFile::AppendedFile(const std::string& path) : m_handle(-1)
+bool OutputFile::open(const std::string& path, Sharing sharing, Content content)
 {
+    close();
+    // Without O_NONBLOCK a pipe that nobody reads would hold up the program.
     FileDescriptor file =
-        NativePath(path).open(O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK, FileMode);
+        NativePath(path).open(O_WRONLY | O_APPEND | O_CREAT | O_NOCTTY | O_NONBLOCK, FileMode);
+    if (!file.valid())
+        return false;
     struct stat status = {};
-    if (!isPlainFile(file, status) || !hold(file.get(), true))
-        return;
-    // Only now nobody else moves the end any more.
-    if (::fstat(file.get(), &status) != 0)
-        return;
-    m_start = std::uint64_t(status.st_size);
+    // A lock taken by one of those that share the file would keep the others out.
+    const bool isFree = sharing == Sharing::All ? !isLockedAgainst(file.get(), FileLock::Exclusive)
+                                                : isPlainFile(file, status) &&
+                                                      lockFile(file.get(), FileLock::Exclusive);
+    if (!isFree)
+        return false;
+    if (content == Content::Discard && ::ftruncate(file.get(), 0) != 0 && errno != EINVAL)
+        return false;
+    ::fcntl(file.get(), F_SETFL, O_APPEND);
     m_handle = file.release();
+    return true;
 }
 
-AppendedFile::~AppendedFile()
+void OutputFile::writeText(const char* text, std::size_t size) const
 {
-    FileDescriptor(descriptor(m_handle)).close();
+    writeAll(descriptor(m_handle), text, size);
 }
 
-bool AppendedFile::isSame(const InputFile& other) const
+bool OutputFile::isSame(const InputFile& other) const
 {
     struct stat own = {};
     struct stat source = {};
@@ -121,16 +136,21 @@ bool AppendedFile::isSame(const InputFile& other) const
            own.st_ino == source.st_ino;
 }
 
-bool AppendedFile::append(const InputFile& source)
+bool OutputFile::append(const InputFile& source) const
 {
     const int target = descriptor(m_handle);
+    // The lock is held, so nobody else moves the end.
+    struct stat status = {};
+    if (::fstat(target, &status) != 0)
+        return false;
+    const auto start = std::uint64_t(status.st_size);
     std::uint64_t done = writeMapped(target, descriptor(source.m_handle), source.size());
     const std::unique_ptr<char[]> block(new char[BlockSize]);
     std::size_t count = 0;
     do {
         if (!source.read(done, block.get(), BlockSize, count) ||
             writeAll(target, block.get(), count) != 0) {
-            takeBack(target, m_start, done + count);
+            takeBack(target, start, done + count);
             return false;
         }
         done += count;

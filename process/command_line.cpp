@@ -1,14 +1,14 @@
-#include "platform/posix/command_line.h"
+#include "process/command_line.h"
 
-#include "platform/environment.h"
-#include "platform/posix/native_path.h"
+#include "files/separators.h"
+#include "text/code_page.h"
 
 #include <algorithm>
-#include <climits>
-#include <sys/stat.h>
-#include <unistd.h>
 
-namespace Tools::Platform {
+namespace Tools::CommandLine {
+
+using Platform::Command;
+using Platform::ProgramFinder;
 
 namespace {
 
@@ -17,35 +17,12 @@ bool isBlank(char c)
     return c == ' ' || c == '\t';
 }
 
-bool isExecutableFile(const std::string& name)
-{
-    struct stat status = {};
-    return ::stat(name.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-           ::access(name.c_str(), X_OK) == 0;
-}
-
-std::string findOnPath(const std::string& name)
-{
-    std::string path;
-    if (!readVariable("PATH", path))
-        path = "/usr/bin:/bin";
-    for (std::size_t start = 0; start <= path.size();) {
-        const std::size_t end = std::min(path.find(':', start), path.size());
-        std::string candidate = path.substr(start, end - start);
-        candidate += candidate.empty() ? name : "/" + name;
-        if (isExecutableFile(candidate))
-            return candidate;
-        start = end + 1;
-    }
-    return {};
-}
-
 // For a command line that begins with a quote; the next one, or the end, ends the program.
-Command parseQuoted(const std::string& line)
+Command parseQuoted(const std::string& line, ProgramFinder findProgram)
 {
     std::size_t end = std::min(line.find('"', 1), line.size());
     std::string name = line.substr(1, end - 1);
-    toSlashes(name);
+    Separators::toSlashes(name);
     Command command;
     command.program = findProgram(name);
     // What follows without a blank is no argument, but the rest of the name that the program sees.
@@ -62,26 +39,18 @@ Command parseQuoted(const std::string& line)
 
 }
 
-std::string findProgram(const std::string& name)
-{
-    if (name.empty())
-        return {};
-    if (isExecutableFile(name))
-        return name;
-    return name.find('/') == std::string::npos ? findOnPath(name) : std::string();
-}
-
-Command parseCommandLine(const std::string& line)
+Command parse(const std::string& line, ProgramFinder findProgram)
 {
     if (line.empty())
         return {};
     if (line.front() == '"')
-        return parseQuoted(line);
+        return parseQuoted(line, findProgram);
     // No path is longer, however many blanks the line has.
-    for (std::size_t end = 0; end < std::min<std::size_t>(line.size(), PATH_MAX);) {
+    constexpr std::size_t LongestPath = 4096;
+    for (std::size_t end = 0; end < std::min(line.size(), LongestPath);) {
         end = std::min(line.find_first_of(" \t", end + 1), line.size());
         std::string name = line.substr(0, end);
-        toSlashes(name);
+        Separators::toSlashes(name);
         Command command;
         command.program = findProgram(name);
         if (command.program.empty())
@@ -93,13 +62,17 @@ Command parseCommandLine(const std::string& line)
     return {};
 }
 
+// A state machine over the characters: in or out of quotes, in an argument or between two. A run of
+// backslashes is read at once, as the character after it decides what it means.
 std::vector<std::string> splitArguments(const std::string& text)
 {
+    const CodePage::ByteFlags& isLead = CodePage::get().leadBytes();
     std::vector<std::string> arguments;
     std::string argument;
     bool quoted = false;
     bool inArgument = false;
     for (std::size_t i = 0; i < text.size();) {
+        // 2n backslashes before a quote are n and the quote counts; 2n + 1 are n and a plain quote.
         const std::size_t backslashes = std::min(text.find_first_not_of('\\', i), text.size()) - i;
         i += backslashes;
         const bool atQuote = i < text.size() && text[i] == '"';
@@ -121,7 +94,7 @@ std::vector<std::string> splitArguments(const std::string& text)
             inArgument = false;
         } else {
             argument += c;
-            if (isLeadByte(c) && i < text.size())
+            if (isLead[static_cast<unsigned char>(c)] && i < text.size())
                 argument += text[i++];
             inArgument = true;
         }

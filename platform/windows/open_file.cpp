@@ -1,22 +1,27 @@
-#include "platform/file_blocks.h"
+#include "platform/open_file.h"
 
 #include "platform/windows/native_path.h"
 
 #include <algorithm>
 #include <memory>
+#include <string_view>
+
+#include <windows.h>
 
 namespace Tools::Platform {
 
 namespace {
 
 constexpr DWORD BlockSize = 64U * 1024U;
+// What one call of the system is asked for.
+constexpr std::size_t LargestCall = std::size_t{1} << 30U;
 
 HANDLE handle(std::intptr_t value)
 {
     return reinterpret_cast<HANDLE>(value);
 }
 
-std::intptr_t open(const std::string& path, DWORD access, DWORD sharing, DWORD creation)
+std::intptr_t openHandle(const std::string& path, DWORD access, DWORD sharing, DWORD creation)
 {
     return reinterpret_cast<std::intptr_t>(::CreateFileA(nativePath(path).c_str(), access, sharing,
                                                          nullptr, creation, FILE_ATTRIBUTE_NORMAL,
@@ -28,6 +33,18 @@ OVERLAPPED position(std::uint64_t offset)
     OVERLAPPED result = {};
     result.Offset = static_cast<DWORD>(offset);
     result.OffsetHigh = static_cast<DWORD>(offset >> 32U);
+    return result;
+}
+
+std::string withSystemLineEnds(std::string_view text)
+{
+    std::string result;
+    result.reserve(text.size() + 16);
+    for (const char c : text) {
+        if (c == '\n')
+            result += '\r';
+        result += c;
+    }
     return result;
 }
 
@@ -45,15 +62,17 @@ bool writeLocked(HANDLE file, std::uint64_t offset, const char* bytes, DWORD siz
 
 }
 
-InputFile::InputFile(const std::string& path)
-    : m_handle(open(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                    OPEN_EXISTING))
-{}
-
-InputFile::~InputFile()
+void OpenFile::close()
 {
-    if (valid())
+    if (isOpen())
         ::CloseHandle(handle(m_handle));
+    m_handle = None;
+}
+
+InputFile::InputFile(const std::string& path)
+{
+    m_handle = openHandle(path, GENERIC_READ,
+                          FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, OPEN_EXISTING);
 }
 
 std::uint64_t InputFile::size() const
@@ -67,10 +86,9 @@ std::uint64_t InputFile::size() const
 bool InputFile::read(std::uint64_t offset, void* buffer, std::size_t capacity,
                      std::size_t& count) const
 {
-    constexpr std::size_t Largest = std::size_t{1} << 30U;
     count = 0;
     while (count < capacity) {
-        const DWORD wanted = static_cast<DWORD>(std::min(capacity - count, Largest));
+        const DWORD wanted = static_cast<DWORD>(std::min(capacity - count, LargestCall));
         OVERLAPPED from = position(offset + count);
         DWORD part = 0;
         if (::ReadFile(handle(m_handle), static_cast<char*>(buffer) + count, wanted, &part,
@@ -84,21 +102,34 @@ bool InputFile::read(std::uint64_t offset, void* buffer, std::size_t capacity,
     return true;
 }
 
-AppendedFile::AppendedFile(const std::string& path)
-    : m_handle(open(path, GENERIC_WRITE, FILE_SHARE_READ, OPEN_ALWAYS))
+bool OutputFile::open(const std::string& path, Sharing sharing, Content content)
 {
-    LARGE_INTEGER end = {};
-    if (valid() && ::SetFilePointerEx(handle(m_handle), end, &end, FILE_END) != FALSE)
-        m_start = static_cast<std::uint64_t>(end.QuadPart);
+    close();
+    const DWORD creation = content == Content::Keep ? OPEN_ALWAYS : CREATE_ALWAYS;
+    // The right to append alone makes the system itself put each write at the end. Nobody may
+    // delete the file meanwhile: what is written then would vanish.
+    m_handle = sharing == Sharing::All ? openHandle(path, FILE_APPEND_DATA | SYNCHRONIZE,
+                                                    FILE_SHARE_READ | FILE_SHARE_WRITE, creation)
+                                       : openHandle(path, GENERIC_WRITE, FILE_SHARE_READ, creation);
+    return isOpen();
 }
 
-AppendedFile::~AppendedFile()
+void OutputFile::writeText(const char* text, std::size_t size) const
 {
-    if (valid())
-        ::CloseHandle(handle(m_handle));
+    const std::string line = withSystemLineEnds(std::string_view(text, size));
+    const char* rest = line.data();
+    std::size_t count = line.size();
+    while (count > 0) {
+        const auto part = static_cast<DWORD>(std::min(count, LargestCall));
+        DWORD written = 0;
+        if (::WriteFile(handle(m_handle), rest, part, &written, nullptr) == FALSE || written == 0)
+            return;
+        rest += written;
+        count -= written;
+    }
 }
 
-bool AppendedFile::isSame(const InputFile& other) const
+bool OutputFile::isSame(const InputFile& other) const
 {
     BY_HANDLE_FILE_INFORMATION own = {};
     BY_HANDLE_FILE_INFORMATION source = {};
@@ -108,23 +139,26 @@ bool AppendedFile::isSame(const InputFile& other) const
            own.nFileIndexHigh == source.nFileIndexHigh && own.nFileIndexLow == source.nFileIndexLow;
 }
 
-bool AppendedFile::append(const InputFile& source)
+bool OutputFile::append(const InputFile& source) const
 {
+    LARGE_INTEGER start = {};
+    if (::SetFilePointerEx(handle(m_handle), start, &start, FILE_END) == FALSE)
+        start.QuadPart = 0;
     const std::unique_ptr<char[]> block(new char[BlockSize]);
-    std::uint64_t end = m_start;
+    std::uint64_t done = 0;
     std::size_t count = 0;
     do {
         const bool written =
-            source.read(end - m_start, block.get(), BlockSize, count) &&
-            (count == 0 || writeLocked(handle(m_handle), end, block.get(), DWORD(count)));
+            source.read(done, block.get(), BlockSize, count) &&
+            (count == 0 ||
+             writeLocked(handle(m_handle), static_cast<std::uint64_t>(start.QuadPart) + done,
+                         block.get(), DWORD(count)));
         if (!written) {
-            LARGE_INTEGER start = {};
-            start.QuadPart = static_cast<LONGLONG>(m_start);
             ::SetFilePointerEx(handle(m_handle), start, nullptr, FILE_BEGIN);
             ::SetEndOfFile(handle(m_handle));
             return false;
         }
-        end += count;
+        done += count;
     } while (count == BlockSize);
     return true;
 }

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/posix/file_descriptor.h"
+
+#include <cstddef>
+
+struct stat;
+
+// file_copy.h - what copies of files and links are made of. Functions return 0 or the cause.
+namespace Tools::Platform {
+
+// A single name in an open directory.
+struct FolderEntry {
+    int folder;
+    const char* name;
+};
+
+// Copies contents, permissions and modification time into an empty file that was just opened as
+// `entry`, closes it, and removes it again if any of that fails.
+int copyInto(const FileDescriptor& source, const struct stat& sourceStatus, FileDescriptor target,
+             const struct stat& targetStatus, FolderEntry entry);
+// Makes a link with the same text as another one.
+int copyLink(FolderEntry source, FolderEntry target);
+// Writes all of the bytes.
+int writeAll(int target, const char* bytes, std::size_t size);
+
+}
