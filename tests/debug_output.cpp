@@ -2,14 +2,15 @@
 
 #include <mdtools/registry.h>
 
-#include "trace/date_time.h"
-#include "trace/debug_labels.h"
-#include "trace/debug_sender.h"
 #include "platform/debug_channel.h"
 #include "support/child_process.h"
 #include "support/debug_output_test.h"
 #include "support/module.h"
 #include "support/process_state.h"
+#include "support/waiting.h"
+#include "trace/date_time.h"
+#include "trace/debug_labels.h"
+#include "trace/debug_sender.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -293,10 +294,13 @@ TEST_F(DebugOutput, sendsMessagesOfThreadsWhole)
 TEST_F(DebugOutput, survivesReceiverThatDies)
 {
     Child receiver(client(), {"receive-and-die"});
-    while (!Tools::DebugSender::connect() && receiver.started()) {
-        std::this_thread::yield();
-        Tools::DebugSender::restart();
-    }
+    ASSERT_TRUE(waitUntil(
+        "the receiver runs",
+        [] {
+            Tools::DebugSender::restart();
+            return Tools::DebugSender::connect();
+        },
+        [&] { return receiver.isRunning(); }));
     Tools::debugPrintf("it dies now\nand this finds nobody\n");
     EXPECT_TRUE(Tools::DebugSender::isClosed());
     Tools::debugPrintf("nor this\n");

@@ -6,6 +6,7 @@
 #include "support/files.h"
 #include "support/process_state.h"
 #include "support/test_environment.h"
+#include "support/waiting.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,7 +15,6 @@
 #include <clocale>
 #include <filesystem>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -358,9 +358,9 @@ TEST_F(FileTest, anotherProcessHoldsAFile)
     {
         MdToolsTest::Child child(MdToolsTest::builtProgram("file_child"),
                                  {"a", name, path("ready")});
-        ASSERT_TRUE(child.started());
-        while (!File::exists(path("ready")))
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        ASSERT_TRUE(MdToolsTest::waitUntil(
+            "the child holds the file", [&] { return File::exists(path("ready")); },
+            [&] { return child.isRunning(); }));
         EXPECT_TRUE(File::isLocked(name));
         EXPECT_FALSE(File::concatenate(source, name));
         if (MdToolsTest::OpenFilesAreNotShared) {

@@ -4,7 +4,6 @@
 #include "girder/program.h"
 #include "girder/record_text.h"
 #include "support/child_process.h"
-#include "support/registry_cleanup.h"
 #include "support/shared_value.h"
 #include "support/test_environment.h"
 

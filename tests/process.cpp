@@ -8,17 +8,17 @@
 #include <mdtools/shell.h>
 
 #include "support/child_process.h"
+#include "support/files.h"
 #include "support/process_state.h"
 #include "support/test_environment.h"
+#include "support/waiting.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -26,6 +26,7 @@
 namespace {
 
 using namespace Tools;
+using MdToolsTest::readFile;
 namespace fs = std::filesystem;
 
 std::string recorder()
@@ -38,23 +39,16 @@ std::string inQuotes(const std::string& text)
     return "\"" + text + "\"";
 }
 
-std::string readFile(const std::string& name)
-{
-    std::ifstream stream(name, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(stream), {});
-}
-
 std::string newFileName()
 {
     static std::atomic<int> count = 0;
     return (fs::path(MdToolsTest::workDirectory()) / ("record" + std::to_string(++count))).string();
 }
 
-// What a program that is not waited for has recorded; empty if it does not within a while.
+// What a program that is not waited for has recorded.
 std::string waitForRecord(const std::string& file)
 {
-    for (int i = 0; i < 1000 && !fs::exists(file); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_TRUE(MdToolsTest::waitUntil("the record is written", [&] { return fs::exists(file); }));
     return readFile(file);
 }
 
@@ -265,9 +259,8 @@ TEST(Process, leaveNothingBehind)
         thread.join();
     EXPECT_EQ(failures, 0);
     // Those that were not waited for end when they like.
-    for (int i = 0; i < 1000 && MdToolsTest::countChildren() > 0; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    EXPECT_EQ(MdToolsTest::countChildren(), 0);
+    EXPECT_TRUE(MdToolsTest::waitUntil("the children have ended",
+                                       [] { return MdToolsTest::countChildren() == 0; }));
     EXPECT_LE(MdToolsTest::countHandles(), handles);
 }
 

@@ -1,7 +1,9 @@
 // What only the stores on Linux have: files, their rights, and what can happen to them.
 #include "support/child_process.h"
+#include "support/files.h"
 #include "support/module.h"
 #include "support/registry_test.h"
+#include "support/waiting.h"
 
 #include <mdtools/environment.h>
 #include <mdtools/language.h>
@@ -13,7 +15,6 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -35,17 +36,6 @@ const std::string User = std::to_string(Registry::CurrentUser);
 fs::path ownStore()
 {
     return fs::path(workDirectory()) / "registry";
-}
-
-std::string readFile(const fs::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void writeFile(const fs::path& path, const std::string& bytes)
-{
-    std::ofstream(path, std::ios::binary) << bytes;
 }
 
 int modeOf(const fs::path& path)
@@ -165,8 +155,12 @@ TEST_F(RegistryFiles, killedWriterOfTheMachine)
 {
     for (int round = 0; round < 3; ++round) {
         Child child(builtProgram("settings_child"), {"count", Machine, "K", "v"}, variables());
-        while (std::atoi(run({"read", Machine, "K", "v"}).c_str()) < 3 + round)
-            ASSERT_TRUE(child.started());
+        ASSERT_TRUE(waitUntil(
+            "the child has written",
+            [&] {
+                return std::atoi(run({"read", Machine, "K", "v"}).c_str()) >= 3 + round;
+            },
+            [&] { return child.isRunning(); }));
         child.kill();
         std::string lines = child.wait().output;
         lines.erase(lines.find_last_of('\n'));
@@ -238,13 +232,14 @@ TEST_F(RegistryFiles, exchangedStore)
     for (const char* name : {"user.db", "user.db-wal", "user.db-shm", "user.changes"})
         fs::rename(ownStore() / name, kept / name);
 
-    const auto waitFor = [this](const std::string& text) {
-        while (Registry::find(Registry::CurrentUser, m_path, false)["v"].getString() != text)
-            ::usleep(1000);
+    const auto reads = [this](const std::string& text) {
+        return waitUntil("the value is '" + text + "'", [&] {
+            return Registry::find(Registry::CurrentUser, m_path, false)["v"].getString() == text;
+        });
     };
-    waitFor("");
+    ASSERT_TRUE(reads(""));
     runChild(builtProgram("settings_child"), {"write", User, m_path, "v", "new"});
-    waitFor("new");
+    ASSERT_TRUE(reads("new"));
     // The old key belonged to the old store.
     EXPECT_FALSE(m_key["v"].valid());
     writeText("v", "lost");

@@ -1,5 +1,6 @@
 #include "support/child_process.h"
 #include "support/registry_test.h"
+#include "support/waiting.h"
 
 #include <gtest/gtest.h>
 
@@ -52,9 +53,10 @@ TEST_F(RegistryProcesses, killedWriterLosesNothing)
     for (int round = 0; round < 4; ++round) {
         const std::string name = "count" + std::to_string(round);
         Child child(program(), {"count", User, m_path, name});
-        ASSERT_TRUE(child.started());
-        while (m_key[name].getDWord() < 20u + static_cast<unsigned>(round))
-            ASSERT_TRUE(m_key.valid());
+        ASSERT_TRUE(waitUntil(
+            "the child has written " + name,
+            [&] { return m_key[name].getDWord() >= 20u + static_cast<unsigned>(round); },
+            [&] { return child.isRunning(); }));
         child.kill();
         // The last line may have been cut off, or not been written any more.
         std::string lines = child.wait().output;

@@ -1,12 +1,11 @@
 #include "support/child_process.h"
+#include "support/files.h"
 #include "support/registry_test.h"
 #include "tools/registration_file.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -257,18 +256,10 @@ protected:
     }
 
     std::string key() const { return "HKCU\\" + m_path; }
-    static std::string file() { return workDirectory() + "/settings.reg"; }
+    static std::string file() { return workPath("settings.reg"); }
 
-    static std::string readFile()
-    {
-        std::ifstream stream(file(), std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-
-    static void writeFile(const std::string& bytes)
-    {
-        std::ofstream(file(), std::ios::binary) << bytes;
-    }
+    static std::string readFile() { return MdToolsTest::readFile(file()); }
+    static void writeFile(const std::string& bytes) { MdToolsTest::writeFile(file(), bytes); }
 };
 
 TEST_F(RegistryTool, setGetListDelete)

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "trace/debug_sender.h"
 #include "support/test_receiver.h"
+#include "trace/debug_sender.h"
 
 #include <gtest/gtest.h>
 
