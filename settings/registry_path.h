@@ -26,11 +26,12 @@ private:
     bool m_valid;
 };
 
-// Whether a value may have this name.
-bool isLongValueName(const std::string& name);
+// Whether a value may have this name. The limit is in characters, so only a name of more bytes has
+// to be counted.
+bool hasFewCharacters(const std::string& name);
 inline bool isValueName(const std::string& name)
 {
-    return name.size() <= Platform::MaximumValueName || isLongValueName(name);
+    return name.size() <= Platform::MaximumValueName || hasFewCharacters(name);
 }
 
 }

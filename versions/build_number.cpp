@@ -23,7 +23,8 @@ bool isDate(std::string_view digits)
     return digits[0] <= '3' && digits[2] <= '1';
 }
 
-// The first place in `text` where a build date stands, or npos.
+// One pass: `digits` counts the run up to here, and each full window of it is looked at, because an
+// overlong run may hold a date at its end. The first position of a build date in `text`, or npos.
 std::size_t findDate(std::string_view text)
 {
     std::size_t digits = 0;
@@ -75,6 +76,8 @@ const std::string& BuildNumber::getDdMmYyyy() const
     return m_text;
 }
 
+// No order in the mathematical sense, as the header says; the others are made of it and stay
+// consistent with it, not with each other.
 bool BuildNumber::operator<(const BuildNumber& other) const
 {
     const Date a = readDate(m_text);

@@ -66,7 +66,9 @@ private:
     std::uint64_t m_size;
 };
 
-// A Windows module: where its resources lie in the file and in memory.
+// A Windows module (the PE format): where its resources lie in the file and in memory. Every offset
+// comes from the file and may be wrong: reads outside of the file give nothing, numbers outside of
+// what was read give 0, and no loop runs longer than what was read.
 class PortableExecutable {
 public:
     explicit PortableExecutable(ModuleFile& file) : m_file(file)
@@ -105,7 +107,7 @@ public:
 private:
     static constexpr std::uint32_t Subdirectory = 0x80000000;
 
-    // Where in the file a place of the loaded module comes from.
+    // Where in the file an address of the loaded module comes from.
     std::optional<std::uint64_t> offsetOf(std::uint32_t address) const
     {
         for (std::size_t section = 0; section + 40 <= m_sections.size(); section += 40) {
@@ -136,8 +138,8 @@ private:
     std::optional<std::uint64_t> m_resources;
 };
 
-// One block of a version resource: header, key, value, inner blocks. All offsets are those of the
-// whole resource, and each is inside it.
+// One node of the version resource's tree: header, key, value, inner blocks. All offsets are those
+// of the whole resource, and each is inside it.
 struct Block {
     std::size_t end = 0;
     std::u16string key;
@@ -150,7 +152,7 @@ std::size_t aligned(std::size_t offset)
     return (offset + 3) & ~static_cast<std::size_t>(3);
 }
 
-// Units up to the first NUL or to `end`; `offset` moves behind the NUL.
+// Units up to the first NUL or to `end`; `offset` moves past the NUL.
 std::u16string readUnits(const Bytes& bytes, std::size_t& offset, std::size_t end)
 {
     std::u16string text;
