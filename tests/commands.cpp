@@ -304,7 +304,7 @@ TEST_F(Commands, depthAndLength)
     EXPECT_EQ(value, 0);
 }
 
-// Adds its name to the log, and does what it is told.
+// Adds its name to the log, and does what its test wants.
 class Handler : public DataChangedHandler {
 public:
     explicit Handler(const std::string& name) : m_name(name) {}

@@ -44,7 +44,7 @@ TEST_F(GirderProgram, computesAndStoresTheResult)
     EXPECT_NEAR(stations[10].getReal("moment"), record.getSequence("supports")[2].getReal("moment"),
                 1e-9);
 
-    // Without a model the last one is computed again; the files stand in the program's directory.
+    // Without a model the last one is computed again; the files are in the program's directory.
     const RunResult again = runWith({});
     EXPECT_EQ(again.outcome, Outcome::Done);
     EXPECT_EQ(MdToolsTest::readFile(inWorkDirectory("files/two.result")),

@@ -174,7 +174,7 @@ TEST(FileLogger, losesNothingToAKill)
     EXPECT_EQ(readFile(path), inTextMode(expected));
 }
 
-// Notes what it is told, together with its name, in a common list.
+// Notes what it is called with, together with its name, in a common list.
 class FakeLogger : public Logger {
 public:
     FakeLogger(std::string name, Texts& notes) : m_name(std::move(name)), m_notes(notes) {}

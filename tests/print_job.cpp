@@ -27,7 +27,7 @@ protected:
         return InvokeMdPrint(MdToolsTest::builtProgram("test_child_program"), m_parameters);
     }
 
-    // The parameter file that the job writes; the stand-in of the tool must have been given it.
+    // The parameter file that the job writes; the tool must have been given it.
     std::string printed(InvokeMdPrint& job)
     {
         Tools::Environment("MDTOOLS_RECORD").setValue(m_record);

@@ -99,7 +99,7 @@ TEST(ProgressMessenger, keepsOneRequestPending)
     EXPECT_THAT(recorder.calls, ElementsAre("minimum 0", "minimum 0", "title x"));
 }
 
-// A thread with a window that handles messages until told to stop.
+// A thread with a window that handles messages until it is to stop.
 class WindowThread {
 public:
     explicit WindowThread(std::function<void(unsigned int)> handler)

@@ -164,10 +164,10 @@ TEST_F(RegistryFiles, killedWriterOfTheMachine)
         child.kill();
         std::string lines = child.wait().output;
         lines.erase(lines.find_last_of('\n'));
-        const int told = std::atoi(lines.c_str() + lines.find_last_of('\n') + 1);
+        const int reported = std::atoi(lines.c_str() + lines.find_last_of('\n') + 1);
         const int stored = std::atoi(run({"read", Machine, "K", "v"}).c_str());
-        EXPECT_GE(stored, told);
-        EXPECT_LE(stored, told + 1);
+        EXPECT_GE(stored, reported);
+        EXPECT_LE(stored, reported + 1);
         run({"write", Machine, "K", "v", "0"});
         EXPECT_EQ(run({"read", Machine, "K", "v"}), "0\n");
     }

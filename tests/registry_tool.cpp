@@ -19,7 +19,7 @@ using namespace MdToolsTest;
 const std::string Head5 = "Windows Registry Editor Version 5.00\n";
 const std::string Head4 = "REGEDIT4\n";
 
-// The text as a file in UTF-16; bytes beyond ASCII stand for Latin letters.
+// The text as a file in UTF-16; bytes beyond ASCII are Latin letters.
 std::string utf16(const std::string& text)
 {
     std::string bytes = "\xFF\xFE";

@@ -16,7 +16,7 @@ std::string readFile(const std::string& path);
 std::string readText(const std::string& path);
 std::vector<std::string> readLines(const std::string& path);
 
-// What Wine does not do as the systems it stands for: as root it opens write-protected files for
+// What Wine does not do as Windows does: as root it opens write-protected files for
 // writing, its run-time library lets everybody open what a program has open, and names in a code
 // page reach the disk only if the locale of the page is installed.
 extern const bool ProtectedFilesCannotBeOpened;
