@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <initializer_list>
+
 namespace {
 
 using namespace Girder;
@@ -28,13 +30,26 @@ TEST(GirderModel, reads)
     EXPECT_EQ(model.spans[1].loads.points[0].force, -10.0);
 }
 
-TEST(GirderModel, faults)
+struct Fault {
+    const char *from, *to, *remark;
+};
+
+// Each fault of the model that comes of replacing `from` gives one line, which names the entry.
+void expectRemarks(std::initializer_list<Fault> faults)
 {
-    struct Case {
-        const char *from, *to, *remark;
-    };
-    static const Case cases[] = {
-        // Entries.
+    for (const Fault& fault : faults) {
+        SCOPED_TRACE(fault.from + std::string(" -> ") + fault.to);
+        Remarks remarks("bad");
+        readModel(write("bad", replaced(fault.from, fault.to)), remarks);
+        ASSERT_FALSE(remarks.lines().empty());
+        EXPECT_THAT(remarks.lines().front(), HasSubstr(fault.remark));
+        EXPECT_THAT(remarks.lines().front(), StartsWith("bad: "));
+    }
+}
+
+TEST(GirderModel, faultyEntries)
+{
+    expectRemarks({
         {"title = ", "name = ", "title: is missing"},
         {"length = 8.0", "", "spans[2].length: is missing"},
         {"length = 8.0", "length = -8.0", "spans[2].length: must be greater than 0, but is -8"},
@@ -76,7 +91,13 @@ TEST(GirderModel, faults)
         {"\n)\n", "\n train = [ ( distance = -1 force = 5 ) ] )\n",
          "train[1].distance: must not be negative, but is -1"},
         {"load = 12.0", "load = 12.0 laod = 1", "spans[1].laod: is no entry of a model"},
-        // The text itself: every way for it to be no record, with the line.
+    });
+}
+
+// Every way for the text to be no record, with the line.
+TEST(GirderModel, faultyTexts)
+{
+    expectRemarks({
         {"length = 8.0", "length = 8m",
          "spans[2].length: line 5: expected a value, but found \"8m\""},
         {"length = 8.0", "length 8.0",
@@ -94,15 +115,7 @@ TEST(GirderModel, faults)
          "supports[3].kind: line 7: expected a value, but found a quoted text"},
         {"(kind=\"fixed\") ]\n", "(kind=\"fixed\")\n",
          "supports[4]: line 8: expected \"(\" or \"]\", but found \")\""},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.from + std::string(" -> ") + c.to);
-        Remarks remarks("bad");
-        readModel(write("bad", replaced(c.from, c.to)), remarks);
-        ASSERT_FALSE(remarks.lines().empty());
-        EXPECT_THAT(remarks.lines().front(), HasSubstr(c.remark));
-        EXPECT_THAT(remarks.lines().front(), StartsWith("bad: "));
-    }
+    });
 }
 
 TEST(GirderModel, formulasAndStiffnessTables)
@@ -132,6 +145,7 @@ TEST(GirderModel, formulasAndStiffnessTables)
                             "model has 1.0"));
 }
 
+// All remarks are shown, not the first one only.
 TEST(GirderModel, severalRemarks)
 {
     std::string text = replaced("length = 8.0", "length = -8");

@@ -18,6 +18,7 @@ using namespace GirderTest;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
+// The recording program under another name in a directory of its own; what was recorded last.
 class Recorder {
 public:
     explicit Recorder(const std::string& directory, const std::string& name)

@@ -17,12 +17,6 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
-// Keeps the program's files in the work directory.
-
-// Each fault gives one line, which names the entry.
-
-// All remarks are shown, not the first one only.
-
 TEST_F(GirderProgram, computesAndStoresTheResult)
 {
     const std::string model = write("two.girder", twoSpans);
@@ -126,38 +120,33 @@ TEST_F(GirderProgram, failures)
     const std::string good = write("good", twoSpans);
     const std::string huge = write("huge", replaced("load = 12.0", "load = 1e308"));
     const std::string bad = write("bad", replaced("length = 8.0", "length = -8"));
+    using enum Outcome;
+    const std::string absent = inWorkDirectory("absent");
+    const std::string nowhere = inWorkDirectory("no/where");
     struct Case {
         std::vector<std::string> arguments;
         Outcome outcome;
         std::string error;
     };
     const Case cases[] = {
-        {{bad}, Outcome::Failed, bad + ": spans[2].length: must be greater than 0, but is -8\n"},
-        {{huge}, Outcome::Failed, huge + ": some number is too large or too small"},
-        {{inWorkDirectory("absent")},
-         Outcome::Failed,
-         inWorkDirectory("absent") + ": cannot be read\n"},
-        {{good, "--result", inWorkDirectory("no/where")},
-         Outcome::Failed,
-         inWorkDirectory("no/where") + ": cannot be written\n"},
-        {{good, "--result", good},
-         Outcome::WrongUsage,
-         "girder: the results would replace the model\n"},
-        {{good, good}, Outcome::WrongUsage, "girder: one model at a time\nusage: "},
-        {{good, "--result"}, Outcome::WrongUsage, "girder: \"--result\" needs a value\nusage: "},
-        {{"--colour"},
-         Outcome::WrongUsage,
-         "girder: there is no option \"--colour\" here\nusage: "},
-        {{"settings", "all"}, Outcome::WrongUsage, "girder: \"settings\" takes no arguments\n"},
-        {{"set", "Decimals"}, Outcome::WrongUsage, "girder: \"set\" takes a name and a value\n"},
+        {{bad}, Failed, bad + ": spans[2].length: must be greater than 0, but is -8\n"},
+        {{huge}, Failed, huge + ": some number is too large or too small"},
+        {{absent}, Failed, absent + ": cannot be read\n"},
+        {{good, "--result", nowhere}, Failed, nowhere + ": cannot be written\n"},
+        {{good, "--result", good}, WrongUsage, "girder: the results would replace the model\n"},
+        {{good, good}, WrongUsage, "girder: one model at a time\nusage: "},
+        {{good, "--result"}, WrongUsage, "girder: \"--result\" needs a value\nusage: "},
+        {{"--colour"}, WrongUsage, "girder: there is no option \"--colour\" here\nusage: "},
+        {{"settings", "all"}, WrongUsage, "girder: \"settings\" takes no arguments\n"},
+        {{"set", "Decimals"}, WrongUsage, "girder: \"set\" takes a name and a value\n"},
         {{"set", "Decimals", "3x"},
-         Outcome::WrongUsage,
+         WrongUsage,
          "girder: Decimals must be a whole number from 0 to 9, but is \"3x\"\n"},
-        {{"set", "Colour", "3"}, Outcome::WrongUsage, "girder: there is no setting \"Colour\"\n"},
+        {{"set", "Colour", "3"}, WrongUsage, "girder: there is no setting \"Colour\"\n"},
         {{"set", "NumberStyle", "bold"},
-         Outcome::WrongUsage,
+         WrongUsage,
          "girder: NumberStyle must be one of fixed, scientific, general, engineering, "},
-        {{"set", "Trace", "1"}, Outcome::WrongUsage, "girder: Trace must be \"on\" or \"off\""},
+        {{"set", "Trace", "1"}, WrongUsage, "girder: Trace must be \"on\" or \"off\""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.error);
@@ -244,7 +233,5 @@ TEST_F(GirderProgram, runsAsProcess)
     EXPECT_THAT(version, StartsWith("girder "));
     EXPECT_THAT(version, HasSubstr("\nThe MdTools maintainers\n"));
 }
-
-// The recording program under another name in a directory of its own; what was recorded last.
 
 }

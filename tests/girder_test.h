@@ -44,6 +44,7 @@ inline RunResult runWith(const std::vector<std::string>& arguments, const std::s
     return {outcome, output.str(), errors.str()};
 }
 
+// Keeps the program's files in the work directory.
 class GirderProgram : public ::testing::Test {
 protected:
     GirderProgram() { runWith({"set", "Directory", inWorkDirectory("files")}); }

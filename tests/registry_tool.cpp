@@ -120,14 +120,27 @@ TEST(RegistrationFile, wholeFiles)
     EXPECT_TRUE(parse("REGEDIT4").changes.empty());
 }
 
-TEST(RegistrationFile, faults)
+struct FaultyFile {
+    std::string file;
+    std::size_t line;
+};
+
+void expectFaults(const std::vector<FaultyFile>& files)
 {
-    struct Case {
-        std::string file;
-        std::size_t line;
-    };
-    const std::string key = Head5 + "\n[HKCU\\K]\n";
-    const Case cases[] = {
+    for (const FaultyFile& faulty : files) {
+        SCOPED_TRACE(faulty.file.substr(0, 100));
+        try {
+            parse(faulty.file);
+            ADD_FAILURE() << "no fault found";
+        } catch (const Fault& fault) {
+            EXPECT_EQ(fault.line(), faulty.line) << fault.what();
+        }
+    }
+}
+
+TEST(RegistrationFile, faultyHeadsAndKeys)
+{
+    expectFaults({
         {"", 1},
         {"\xFF\xFE", 1},
         {"REGEDIT5\n", 1},
@@ -144,6 +157,15 @@ TEST(RegistrationFile, faults)
         {Head5 + "[HKCU/K]", 2},
         {Head5 + "[HKCU\\" + std::string(256, 'x') + "]", 2},
         {Head5 + "[-HKCU\\K]\n@=\"x\"", 3},
+        {"\xFF\xFEx", 1},
+        {"\xEF\xBB\xBF" + Head5 + "\xE4", 1},
+    });
+}
+
+TEST(RegistrationFile, faultyValues)
+{
+    const std::string key = Head5 + "\n[HKCU\\K]\n";
+    expectFaults({
         {key + "\n@=", 5},
         {key + "@", 4},
         {key + "@=\"x", 4},
@@ -172,18 +194,7 @@ TEST(RegistrationFile, faults)
         {key + "@=hex(1):11,22,00,00", 4}, // nor this
         {key + "@=hex(1):00,d8,00,00", 4}, // half a pair
         {key + "@=\"a\0b\""s, 4},
-        {"\xFF\xFEx", 1},
-        {"\xEF\xBB\xBF" + Head5 + "\xE4", 1},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.file.substr(0, 100));
-        try {
-            parse(c.file);
-            FAIL() << "no fault found";
-        } catch (const Fault& fault) {
-            EXPECT_EQ(fault.line(), c.line) << fault.what();
-        }
-    }
+    });
 }
 
 TEST(RegistrationFile, writesWhatItReads)
