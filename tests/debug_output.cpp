@@ -15,6 +15,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <future>
 #include <map>
@@ -320,7 +321,12 @@ TEST_F(DebugOutput, survivesSenderThatDies)
         killed.get_future().wait();
     });
     Child child(client(), {"send-lines", "100"});
-    const std::uint32_t id = arrived.get_future().get();
+    std::future<std::uint32_t> sender = arrived.get_future();
+    ASSERT_TRUE(waitUntil(
+        "a message is being sent",
+        [&] { return sender.wait_for(std::chrono::seconds(0)) == std::future_status::ready; },
+        [&] { return child.isRunning(); }));
+    const std::uint32_t id = sender.get();
     child.kill();
     EXPECT_NE(child.wait().exitCode, 0);
     killed.set_value();
