@@ -2,8 +2,6 @@
 
 #include <mdtools/strings.h>
 
-#include <utility>
-
 namespace Tools {
 
 namespace {

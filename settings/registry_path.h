@@ -2,7 +2,6 @@
 
 #include "platform/registry_store.h"
 
-#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>

@@ -20,7 +20,6 @@
 #include <future>
 #include <map>
 #include <memory>
-#include <regex>
 #include <string>
 #include <thread>
 #include <vector>

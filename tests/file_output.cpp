@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
-#include <cstdio>
 #include <functional>
 #include <limits>
 #include <string>

@@ -6,8 +6,6 @@
 
 #include <gmock/gmock.h>
 
-#include <filesystem>
-
 namespace {
 
 using namespace Girder;

@@ -1,6 +1,5 @@
 #include <mdtools/message_window.h>
 #include <mdtools/progress.h>
-#include <mdtools/system.h>
 
 #include "platform/window.h"
 #include "support/waiting.h"

@@ -1,7 +1,6 @@
 // What only the stores on Linux have: files, their rights, and what can happen to them.
 #include "support/child_process.h"
 #include "support/files.h"
-#include "support/module.h"
 #include "support/registry_test.h"
 #include "support/waiting.h"
 
@@ -14,7 +13,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>

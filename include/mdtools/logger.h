@@ -2,7 +2,6 @@
 
 #include <mdtools/export.h>
 
-#include <cstdarg>
 #include <memory>
 #include <string>
 #include <vector>

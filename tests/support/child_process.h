@@ -3,7 +3,6 @@
 #include "support/programs.h"
 #include "support/system_process.h"
 
-#include <memory>
 #include <string>
 #include <vector>
 

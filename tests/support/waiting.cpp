@@ -1,5 +1,6 @@
 #include "support/waiting.h"
 
+#include <chrono>
 #include <thread>
 
 namespace MdToolsTest {
