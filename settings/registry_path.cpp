@@ -11,7 +11,6 @@ constexpr std::size_t MaximumPath = 4096;
 
 constexpr std::string_view Separators = "/\\";
 
-// Whether there are more characters than that; of a long text no more are counted than needed.
 bool isLonger(std::string_view text, std::size_t limit)
 {
     if (text.size() <= limit)
@@ -50,7 +49,7 @@ bool RegistryPath::split(std::string_view path)
     return true;
 }
 
-bool hasFewCharacters(const std::string& name)
+bool hasValueNameLength(const std::string& name)
 {
     return !isLonger(name.c_str(), Platform::MaximumValueName);
 }

@@ -2,6 +2,7 @@
 
 #include "platform/registry_store.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,12 +26,12 @@ private:
     bool m_valid;
 };
 
-// Whether a value may have this name. The limit is in characters, so only a name of more bytes has
-// to be counted.
-bool hasFewCharacters(const std::string& name);
+// Whether the name is no longer than allowed, counted in characters.
+bool hasValueNameLength(const std::string& name);
+// Whether a value may have this name. One of few bytes has few characters, too.
 inline bool isValueName(const std::string& name)
 {
-    return name.size() <= Platform::MaximumValueName || hasFewCharacters(name);
+    return name.size() <= Platform::MaximumValueName || hasValueNameLength(name);
 }
 
 }

@@ -7,7 +7,6 @@
 #include "support/debug_output_test.h"
 #include "support/module.h"
 #include "support/process_state.h"
-#include "support/waiting.h"
 #include "trace/date_time.h"
 #include "trace/debug_labels.h"
 #include "trace/debug_sender.h"
@@ -294,13 +293,10 @@ TEST_F(DebugOutput, sendsMessagesOfThreadsWhole)
 TEST_F(DebugOutput, survivesReceiverThatDies)
 {
     Child receiver(client(), {"receive-and-die"});
-    ASSERT_TRUE(waitUntil(
-        "the receiver runs",
-        [] {
-            Tools::DebugSender::restart();
-            return Tools::DebugSender::connect();
-        },
-        [&] { return receiver.isRunning(); }));
+    ASSERT_TRUE(receiver.waitUntil([] {
+        Tools::DebugSender::restart();
+        return Tools::DebugSender::connect();
+    }));
     Tools::debugPrintf("it dies now\nand this finds nobody\n");
     EXPECT_TRUE(Tools::DebugSender::isClosed());
     Tools::debugPrintf("nor this\n");
@@ -321,10 +317,9 @@ TEST_F(DebugOutput, survivesSenderThatDies)
     });
     Child child(client(), {"send-lines", "100"});
     std::future<std::uint32_t> sender = arrived.get_future();
-    ASSERT_TRUE(waitUntil(
-        "a message is being sent",
-        [&] { return sender.wait_for(std::chrono::seconds(0)) == std::future_status::ready; },
-        [&] { return child.isRunning(); }));
+    ASSERT_TRUE(child.waitUntil([&sender] {
+        return sender.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    })) << "nothing was sent";
     const std::uint32_t id = sender.get();
     child.kill();
     EXPECT_NE(child.wait().exitCode, 0);

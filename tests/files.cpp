@@ -116,7 +116,7 @@ TEST_F(FileTest, comparesBytes)
         {1, 0},           {2, 1},
         {262144, 262143}, // a block, its end
         {262145, 262144}, {Big, 0},
-        {Big, 4'194'304}, // behind the part that one thread compares
+        {Big, 4'194'304}, // after the part that one thread compares
         {Big, 7'000'000}, {Big, Big - 1},
     };
     const std::string a = path("a");
@@ -358,9 +358,9 @@ TEST_F(FileTest, anotherProcessHoldsAFile)
     {
         MdToolsTest::Child child(MdToolsTest::builtProgram("file_child"),
                                  {"a", name, path("ready")});
-        ASSERT_TRUE(MdToolsTest::waitUntil(
-            "the child holds the file", [&] { return File::exists(path("ready")); },
-            [&] { return child.isRunning(); }));
+        ASSERT_TRUE(child.isRunning());
+        ASSERT_TRUE(MdToolsTest::waitUntil([this] { return File::exists(path("ready")); }))
+            << "the other process did not open the file";
         EXPECT_TRUE(File::isLocked(name));
         EXPECT_FALSE(File::concatenate(source, name));
         if (MdToolsTest::OpenFilesAreNotShared) {

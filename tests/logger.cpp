@@ -8,7 +8,6 @@
 #include "support/files.h"
 #include "support/test_environment.h"
 #include "support/test_receiver.h"
-#include "support/waiting.h"
 #include "trace/debug_sender.h"
 
 #include <gmock/gmock.h>
@@ -163,9 +162,7 @@ TEST(FileLogger, losesNothingToAKill)
     constexpr int Count = 100;
     const std::string path = newPath("killed.log");
     Child child(builtProgram("log_client"), {"hold", path, std::to_string(Count)});
-    ASSERT_TRUE(waitUntil(
-        "all lines are in the file", [&] { return readLines(path).size() >= Count; },
-        [&] { return child.isRunning(); }));
+    ASSERT_TRUE(child.waitUntil([&] { return readLines(path).size() >= Count; }));
     child.kill();
     EXPECT_NE(child.wait().exitCode, 0);
     std::string expected;

@@ -48,11 +48,11 @@ std::string newFileName()
 // What a program that is not waited for has recorded.
 std::string waitForRecord(const std::string& file)
 {
-    EXPECT_TRUE(MdToolsTest::waitUntil("the record is written", [&] { return fs::exists(file); }));
+    EXPECT_TRUE(MdToolsTest::waitUntil([&file] { return fs::exists(file); })) << "no " << file;
     return readFile(file);
 }
 
-// The record of the recorder, run with this text behind its name.
+// The record of the recorder, run with this text after its name.
 std::string runRecorder(const std::string& arguments, std::uint32_t* code = nullptr,
                         const std::string& between = " ")
 {
@@ -202,9 +202,12 @@ TEST(Process, withoutWaitingReturnsAtOnce)
     const std::string file = newFileName();
     Process process;
     process.setEnvironment("MDTOOLS_RECORD", file);
-    process.setCommandLine(inQuotes(recorder()) + " --sleep=300 --exit=5");
+    const std::string signal = newFileName();
+    process.setCommandLine(inQuotes(recorder()) + " " + inQuotes("--until=" + signal) +
+                           " --exit=5");
     EXPECT_TRUE(process.run());
     EXPECT_FALSE(fs::exists(file));
+    std::ofstream{signal};
     EXPECT_EQ(process.returnCode(), 0U);
     EXPECT_NE(waitForRecord(file), "");
 }
@@ -215,10 +218,12 @@ TEST(Process, startAndWait)
     const std::string record = newFileName();
     std::ofstream(input, std::ios::binary) << "two\nlines";
     Environment("MDTOOLS_RECORD").setValue(record);
-    const ProcessHandle process =
-        Process::start(inQuotes(recorder()) + " --sleep=500 --stdin", false, input);
+    const std::string signal = newFileName();
+    const ProcessHandle process = Process::start(
+        inQuotes(recorder()) + " " + inQuotes("--until=" + signal) + " --stdin", false, input);
     ASSERT_NE(process, nullptr);
     EXPECT_FALSE(Process::waitFor(process, 1));
+    std::ofstream{signal};
     EXPECT_TRUE(Process::waitFor(process, 0)); // no limit
     EXPECT_TRUE(Process::waitFor(process, 1));
     EXPECT_TRUE(Process::waitFor(process, -1));
@@ -259,14 +264,14 @@ TEST(Process, leaveNothingBehind)
         thread.join();
     EXPECT_EQ(failures, 0);
     // Those that were not waited for end when they like.
-    EXPECT_TRUE(MdToolsTest::waitUntil("the children have ended",
-                                       [] { return MdToolsTest::countChildren() == 0; }));
+    EXPECT_TRUE(MdToolsTest::waitUntil([] { return MdToolsTest::countChildren() == 0; }))
+        << MdToolsTest::countChildren() << " children";
     EXPECT_LE(MdToolsTest::countHandles(), handles);
 }
 
 TEST(MailProcess, composesItsCommandLine)
 {
-    // A recorder takes the mailer's place on the search path.
+    // A recorder stands in for the mailer on the search path.
     const fs::path folder = fs::path(MdToolsTest::workDirectory()) / "mailer";
     fs::create_directory(folder);
     fs::copy_file(recorder(), folder / ("postie" + fs::path(recorder()).extension().string()));

@@ -156,10 +156,10 @@ TEST(ProgressMessenger, reachesTheWindowOnItsThreadBeforeTheCallReturns)
         ended = true;
     });
     int handled = 0;
-    EXPECT_TRUE(MdToolsTest::waitUntil("the worker has ended", [&] {
+    EXPECT_TRUE(MdToolsTest::waitUntil([&] {
         handled += window.waitMessages(20);
         return ended.load();
-    }));
+    })) << "the worker does not end";
     worker.join();
     EXPECT_EQ(handled, 400);
     ASSERT_EQ(recorder.calls.size(), 400U);
@@ -212,7 +212,7 @@ void endWhileSending()
             ++sending;
             Platform::sendMessage(handle, Request);
         });
-    EXPECT_TRUE(MdToolsTest::waitUntil("all senders run", [&] { return sending == 4; }));
+    EXPECT_TRUE(MdToolsTest::waitUntil([&] { return sending == 4; })) << "no senders";
     window.reset();
     for (std::thread& sender : senders)
         sender.join();
@@ -298,10 +298,10 @@ TEST(MessageWindow, isServedByAThreadThatLooksForSentMessages)
         Platform::sendMessage(window.handle(), Request);
         Platform::sendMessage(second.handle(), Request);
     });
-    EXPECT_TRUE(MdToolsTest::waitUntil("both messages are handled", [&] {
+    EXPECT_TRUE(MdToolsTest::waitUntil([&] {
         Platform::handleSentMessages();
         return handled >= 11;
-    }));
+    })) << "no messages";
     sender.join();
     EXPECT_EQ(handled, 11);
 }

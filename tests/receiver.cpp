@@ -2,7 +2,6 @@
 
 #include "support/child_process.h"
 #include "support/process_state.h"
-#include "support/waiting.h"
 #include "trace/debug_sender.h"
 
 #include <gmock/gmock.h>
@@ -26,13 +25,10 @@ std::unique_ptr<Child> startReceiver(Texts arguments)
 {
     arguments.insert(arguments.end(), {"--seconds", "4"});
     auto child = std::make_unique<Child>(builtProgram("mdtools-receiver"), arguments);
-    EXPECT_TRUE(waitUntil(
-        "the receiver runs",
-        [] {
-            Tools::DebugSender::restart();
-            return Tools::DebugSender::connect();
-        },
-        [&child] { return child->isRunning(); }));
+    EXPECT_TRUE(child->waitUntil([] {
+        Tools::DebugSender::restart();
+        return Tools::DebugSender::connect();
+    })) << "no receiver";
     return child;
 }
 

@@ -153,12 +153,9 @@ TEST_F(RegistryFiles, killedWriterOfTheMachine)
 {
     for (int round = 0; round < 3; ++round) {
         Child child(builtProgram("settings_child"), {"count", Machine, "K", "v"}, variables());
-        ASSERT_TRUE(waitUntil(
-            "the child has written",
-            [&] {
-                return std::atoi(run({"read", Machine, "K", "v"}).c_str()) >= 3 + round;
-            },
-            [&] { return child.isRunning(); }));
+        ASSERT_TRUE(child.waitUntil([&] {
+            return std::atoi(run({"read", Machine, "K", "v"}).c_str()) >= 3 + round;
+        }));
         child.kill();
         std::string lines = child.wait().output;
         lines.erase(lines.find_last_of('\n'));
@@ -231,13 +228,13 @@ TEST_F(RegistryFiles, exchangedStore)
         fs::rename(ownStore() / name, kept / name);
 
     const auto reads = [this](const std::string& text) {
-        return waitUntil("the value is '" + text + "'", [&] {
+        return waitUntil([&] {
             return Registry::find(Registry::CurrentUser, m_path, false)["v"].getString() == text;
         });
     };
-    ASSERT_TRUE(reads(""));
+    ASSERT_TRUE(reads("")) << "the old store is still read";
     runChild(builtProgram("settings_child"), {"write", User, m_path, "v", "new"});
-    ASSERT_TRUE(reads("new"));
+    ASSERT_TRUE(reads("new")) << "the new store is not read";
     // The old key belonged to the old store.
     EXPECT_FALSE(m_key["v"].valid());
     writeText("v", "lost");

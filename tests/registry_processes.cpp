@@ -1,6 +1,5 @@
 #include "support/child_process.h"
 #include "support/registry_test.h"
-#include "support/waiting.h"
 
 #include <gtest/gtest.h>
 
@@ -53,10 +52,8 @@ TEST_F(RegistryProcesses, killedWriterLosesNothing)
     for (int round = 0; round < 4; ++round) {
         const std::string name = "count" + std::to_string(round);
         Child child(program(), {"count", User, m_path, name});
-        ASSERT_TRUE(waitUntil(
-            "the child has written " + name,
-            [&] { return m_key[name].getDWord() >= 20u + static_cast<unsigned>(round); },
-            [&] { return child.isRunning(); }));
+        ASSERT_TRUE(child.waitUntil(
+            [&] { return m_key[name].getDWord() >= 20u + static_cast<unsigned>(round); }));
         child.kill();
         // The last line may have been cut off, or not been written any more.
         std::string lines = child.wait().output;

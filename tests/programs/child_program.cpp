@@ -1,7 +1,7 @@
 // A program for tests that start programs. It writes what reached it into the file that the
 // variable MDTOOLS_RECORD names (a line a fact), complete once the file is there. Arguments that it
 // obeys:
-//   --exit=CODE  --sleep=MILLISECONDS  --stdin (record what can be read)  --variable=NAME
+//   --exit=CODE  --until=FILE (wait for it)  --stdin (record what can be read)  --variable=NAME
 //   --silent (no record)
 // The variable MDTOOLS_EXIT is an exit code, too, for programs that set the arguments themselves.
 
@@ -31,6 +31,14 @@ const char* variable(const std::string& name)
     return value != nullptr ? value : "";
 }
 
+// For a minute at most, so that a test that fails leaves no process.
+void waitForFile(const std::string& name)
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while (!std::filesystem::exists(name) && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
 }
 
 int main(int argc, char** argv)
@@ -44,8 +52,8 @@ int main(int argc, char** argv)
         record += "argument: " + argument + "\n";
         if (takeOption(argument, "exit", value))
             exitCode = std::stoi(value);
-        else if (takeOption(argument, "sleep", value))
-            std::this_thread::sleep_for(std::chrono::milliseconds(std::stoi(value)));
+        else if (takeOption(argument, "until", value))
+            waitForFile(value);
         else if (takeOption(argument, "variable", value))
             record += "variable: " + value + "=" + variable(value) + "\n";
         else if (argument == "--silent")

@@ -1,8 +1,7 @@
 #include "support/child_process.h"
 
 #include "support/files.h"
-
-#include <gtest/gtest.h>
+#include "support/waiting.h"
 
 #include <atomic>
 #include <filesystem>
@@ -50,6 +49,21 @@ Child::~Child()
         kill();
         wait();
     }
+}
+
+::testing::AssertionResult Child::waitUntil(const std::function<bool()>& condition) const
+{
+    bool isDead = false;
+    const bool ended = MdToolsTest::waitUntil([&] {
+        // Asked first: what came true just before the child's end counts.
+        isDead = !isRunning();
+        return condition() || isDead;
+    });
+    if (!ended)
+        return ::testing::AssertionFailure() << "not in time";
+    if (isDead && !condition())
+        return ::testing::AssertionFailure() << m_program << " has ended";
+    return ::testing::AssertionSuccess();
 }
 
 ChildResult Child::wait()

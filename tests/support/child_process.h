@@ -3,6 +3,9 @@
 #include "support/programs.h"
 #include "support/system_process.h"
 
+#include <gtest/gtest.h>
+
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -38,6 +41,9 @@ public:
     unsigned long processId() const { return m_process.id(); }
     // Ends the child at once; it can neither catch this nor clean up.
     void kill() { m_process.kill(); }
+    // Waits until the condition holds; fails when the time is over or, at once, when the child is
+    // dead.
+    ::testing::AssertionResult waitUntil(const std::function<bool()>& condition) const;
     // Waits for the end and gives what runChild() would have. A child that does not end within
     // three minutes is a failure of the test and is killed.
     ChildResult wait();
