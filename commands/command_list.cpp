@@ -84,6 +84,7 @@ mdt::Nullable<std::string> CommandList::redoWithDescription()
     return command->getDescription();
 }
 
+// Up to a null entry, where undo and redo end, too.
 std::vector<std::string> CommandList::getUndoDescriptions() const
 {
     std::vector<std::string> descriptions;

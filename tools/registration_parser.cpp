@@ -103,9 +103,9 @@ std::wstring decode(std::string_view bytes)
     return toWide(std::string(bytes));
 }
 
-// A recursive-descent parser without recursion: the grammar has no nesting. m_unread is what is
-// left of the file, m_line the line that a fault is reported for. Every skip function steps over
-// what it names and is false, with nothing consumed, where something else is there.
+// The grammar is one of lines: head, keys, values; only bytes go on in the next line after a
+// backslash. So each parse function works on what is left of the current line, and each skip
+// function is false, with nothing consumed, where something else is there.
 class Parser {
 public:
     explicit Parser(const std::wstring& text) : m_unread(text) {}

@@ -17,7 +17,7 @@ struct Date {
     int year;
 };
 
-// Eight digits that pass as day, month and year: the first at most 3, the third at most 1.
+// The pattern [0-3][0-9][01][0-9]{5}, a day, a month and a year as far as single digits show.
 bool isDate(std::string_view digits)
 {
     return digits[0] <= '3' && digits[2] <= '1';

@@ -71,6 +71,9 @@ private:
 // what was read give 0, and no loop runs longer than what was read.
 class PortableExecutable {
 public:
+    // The file header's offset is at 0x3C; 4 bytes of signature and 20 of header come before the
+    // optional header, and after that one the table of sections, 40 bytes each. The optional
+    // header ends in a list of directories, whose third is that of the resources.
     explicit PortableExecutable(ModuleFile& file) : m_file(file)
     {
         constexpr std::uint32_t Signature = 0x00004550; // "PE", 0, 0
@@ -87,7 +90,8 @@ public:
             m_resources = offsetOf(read32(optional, directories + 16));
     }
 
-    // The first version resource; empty if there is none.
+    // The first version resource; empty if there is none. Resources are a tree of three levels:
+    // type, name, language.
     Bytes versionResource() const
     {
         if (!m_resources)
@@ -231,6 +235,8 @@ std::vector<ModuleString> readResourceStrings(const Bytes& bytes)
 constexpr char SectionName[] = ".mdtools.version";
 constexpr char SectionMark[] = "MdTools version 1";
 
+// Only 64-bit little-endian files are read. Their header has the offset of the section table at 40,
+// the number of sections at 60, and at 62 which of them holds the sections' names.
 Bytes findSection(ModuleFile& file)
 {
     const Bytes header = file.read(0, 64);

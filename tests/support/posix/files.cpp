@@ -31,6 +31,7 @@ bool makeLink(const std::string& target, const std::string& link)
     return ::symlink(target.c_str(), link.c_str()) == 0;
 }
 
+// A lock of the open file, not of the process, so that it holds against this process as well.
 HeldFile::HeldFile(const std::string& path) : m_handle(::open(path.c_str(), O_RDWR | O_CLOEXEC))
 {
     struct flock lock = {};
@@ -52,6 +53,7 @@ SmallDisk::SmallDisk(const std::string& path, std::size_t size) : m_path(path)
         m_reason = std::string("No disk could be mounted: ") + std::strerror(errno);
 }
 
+// Detached, so that a file that is still open does not keep it.
 SmallDisk::~SmallDisk()
 {
     if (isThere())
@@ -64,6 +66,7 @@ OrdinaryUser::OrdinaryUser()
     m_isThere = ::geteuid() != 0 || ::seteuid(Nobody) == 0;
 }
 
+// Going on without the rights back would let later tests fail for no reason of theirs.
 OrdinaryUser::~OrdinaryUser()
 {
     if (::getuid() == 0 && ::seteuid(0) != 0)

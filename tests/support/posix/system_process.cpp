@@ -34,6 +34,8 @@ bool hasEnded(std::intptr_t descriptor, std::chrono::milliseconds time)
 
 }
 
+// The child of a process with threads may call little before exec. setenv() is not among that, but
+// works, as no test changes the environment meanwhile.
 SystemProcess::SystemProcess(const Start& start)
 {
     std::vector<char*> arguments{const_cast<char*>(start.program.c_str())};
@@ -41,6 +43,7 @@ SystemProcess::SystemProcess(const Start& start)
         arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);
 
+    // So that a missing program is one that did not start, as on Windows.
     if (::access(start.program.c_str(), X_OK) != 0)
         return;
     const pid_t process = ::fork();
