@@ -69,8 +69,7 @@ Child::~Child()
 ChildResult Child::wait()
 {
     ChildResult result;
-    result.started = m_process.valid();
-    if (result.started) {
+    if (m_process.valid()) {
         std::optional<long> code = m_process.waitFor(Patience);
         if (!code) {
             ADD_FAILURE() << m_program << " did not end";

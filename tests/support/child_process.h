@@ -12,8 +12,8 @@
 namespace MdToolsTest {
 
 struct ChildResult {
-    bool started = false;
-    // The exit code, whole on both platforms; 128 + n after death by signal n.
+    // The exit code, whole on both platforms; 128 + n after death by signal n, -1 if the program
+    // could not be started.
     long exitCode = -1;
     // What the child wrote to its standard output and its standard error, in text mode's bytes but
     // with "\n" as line end on both platforms.

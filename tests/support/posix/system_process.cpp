@@ -1,5 +1,6 @@
 #include "support/system_process.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -29,7 +30,11 @@ void redirect(int target, const char* name, int flags)
 bool hasEnded(std::intptr_t descriptor, std::chrono::milliseconds time)
 {
     struct pollfd process = {static_cast<int>(descriptor), POLLIN, 0};
-    return ::poll(&process, 1, static_cast<int>(time.count())) == 1;
+    int ready = 0;
+    do
+        ready = ::poll(&process, 1, static_cast<int>(time.count()));
+    while (ready < 0 && errno == EINTR);
+    return ready == 1;
 }
 
 }
