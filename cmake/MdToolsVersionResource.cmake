@@ -12,7 +12,7 @@ function(_mdtools_to_bytes result text)
     set(${result} "${bytes}0x00," PARENT_SCOPE)
 endfunction()
 
-# A text as it stands between the quotes of a resource script.
+# A text as it is between the quotes of a resource script.
 function(_mdtools_to_resource_text result text)
     string(REPLACE "\\" "\\\\" text "${text}")
     string(REPLACE "\"" "\"\"" text "${text}")

@@ -12,9 +12,9 @@ Command::Command(const std::string& description, bool reversible)
     : m_reversible(reversible), m_description(description)
 {}
 
-Command::Command() = default;
 Command::Command(bool reversible) : m_reversible(reversible) {}
 
+// The number of entries belongs to the object: a copy has none yet.
 Command::Command(const Command& other)
     : m_reversible(other.m_reversible), m_description(other.m_description)
 {}
@@ -56,8 +56,6 @@ void Command::enableUndoRedo(CommandList* list)
 
 ReversibleCommand::ReversibleCommand(const std::string& description) : Command(description, true) {}
 ReversibleCommand::ReversibleCommand() : Command(true) {}
-ReversibleCommand::ReversibleCommand(const ReversibleCommand&) = default;
-ReversibleCommand& ReversibleCommand::operator=(const ReversibleCommand&) = default;
 ReversibleCommand::~ReversibleCommand() = default;
 
 FunctionCommand::FunctionCommand() : Command(true) {}
@@ -69,8 +67,6 @@ FunctionCommand::FunctionCommand(std::function<void()> doFunction,
     addSetter(std::move(doFunction), std::move(undoFunction));
 }
 
-FunctionCommand::FunctionCommand(const FunctionCommand&) = default;
-FunctionCommand& FunctionCommand::operator=(const FunctionCommand&) = default;
 FunctionCommand::~FunctionCommand() = default;
 
 void FunctionCommand::addSetter(std::function<void()> doFunction,
@@ -89,6 +85,7 @@ void FunctionCommand::reverse()
     callAll(&Setter::second);
 }
 
+// As many as there are at the beginning: one that is added meanwhile waits for the next call.
 void FunctionCommand::callAll(std::function<void()> Setter::*function)
 {
     auto setter = m_setters.begin();
@@ -123,8 +120,9 @@ void GroupCommand::reverse()
     runAll(Direction::Back);
 }
 
-// Inner groups are entered here instead of being called, so that their depth costs no stack. Those
-// of a derived class are called: they may do more.
+// A walk over the tree of groups on an explicit stack; each entry is a Run, which keeps its list
+// alive. Inner groups are entered here instead of being called, so that their depth costs no stack.
+// Those of a derived class are called: they may do more.
 void GroupCommand::runAll(Direction direction)
 {
     const bool back = direction == Direction::Back;

@@ -18,6 +18,8 @@ void CommandList::add(Command* command)
 
 void CommandList::add(std::unique_ptr<Command> command)
 {
+    // What was undone is cut off. It is destroyed once the list is whole again, as a
+    // destructor may come back to it.
     std::vector<Command*>& commands = m_state->commands;
     const auto kept = commands.begin() + (m_state->undoPosition + 1);
     const std::vector<Command*> undone(kept, commands.end());
@@ -61,6 +63,7 @@ bool CommandList::redo()
     return command != nullptr;
 }
 
+// The description is read after the step: the command may change it.
 mdt::Nullable<std::string> CommandList::undoWithDescription()
 {
     const CommandListState::Run run(*m_state);
@@ -81,6 +84,7 @@ mdt::Nullable<std::string> CommandList::redoWithDescription()
     return command->getDescription();
 }
 
+// Up to a null entry, where undo and redo end, too.
 std::vector<std::string> CommandList::getUndoDescriptions() const
 {
     std::vector<std::string> descriptions;

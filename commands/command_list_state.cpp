@@ -47,7 +47,8 @@ std::vector<Command*> CommandListState::release()
     return std::exchange(commands, {});
 }
 
-// Groups in groups are taken apart one by one, so that their depth costs no stack.
+// Also on an explicit stack: groups in groups are taken apart one by one, so that their depth costs
+// no stack.
 void CommandListState::destroyNow(std::vector<Command*> all)
 {
     while (!all.empty()) {

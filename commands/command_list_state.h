@@ -7,7 +7,13 @@
 
 namespace Tools {
 
-// What a CommandList is made of. It outlives its list while a command of it runs.
+// What a CommandList is made of. It outlives its list while a command of it runs: deferred
+// destruction, as a command may cut itself off, or destroy the list that runs it. A command counts
+// the entries that hold it (Command::m_entries), over all lists, and is deleted with the last one.
+//
+// The entries are one sequence with a cut: those up to undoPosition are done, those from
+// redoPosition on are undone. Both move by one entry at a time, so redoPosition is undoPosition
+// + 1.
 class CommandListState {
 public:
     // While one of these lives, a command may be running, and none is deleted. They end in the
@@ -51,7 +57,7 @@ public:
     int size() const { return static_cast<int>(commands.size()); }
     Command* at(int index) const { return commands[static_cast<std::size_t>(index)]; }
 
-    // Move the place as undo and redo do; give the command to run, or null.
+    // Move the position as undo and redo do; return the command to run, or null.
     Command* stepBack()
     {
         while (undoPosition >= 0) {

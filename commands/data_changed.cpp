@@ -4,18 +4,8 @@
 
 namespace Tools {
 
-DataChangedArgument::DataChangedArgument() = default;
-DataChangedArgument::DataChangedArgument(const DataChangedArgument&) = default;
-DataChangedArgument& DataChangedArgument::operator=(const DataChangedArgument&) = default;
 DataChangedArgument::~DataChangedArgument() = default;
-
-DataChangedHandler::DataChangedHandler() = default;
-DataChangedHandler::DataChangedHandler(const DataChangedHandler&) = default;
-DataChangedHandler& DataChangedHandler::operator=(const DataChangedHandler&) = default;
 DataChangedHandler::~DataChangedHandler() = default;
-
-DataChangedManager::DataChangedManager() = default;
-DataChangedManager::DataChangedManager(const DataChangedManager&) = default;
 DataChangedManager::~DataChangedManager() = default;
 
 DataChangedManager& DataChangedManager::operator=(const DataChangedManager& other)
@@ -27,41 +17,43 @@ DataChangedManager& DataChangedManager::operator=(const DataChangedManager& othe
 
 void DataChangedManager::addDataChangedHandler(DataChangedHandler* handler)
 {
-    const auto place =
+    const auto position =
         std::lower_bound(m_handlers.begin(), m_handlers.end(), handler, std::less<>());
-    if (handler == nullptr || (place != m_handlers.end() && *place == handler))
+    if (handler == nullptr || (position != m_handlers.end() && *position == handler))
         return;
-    m_handlers.insert(place, handler);
+    m_handlers.insert(position, handler);
     ++m_changes;
 }
 
 void DataChangedManager::removeDataChangedHandler(DataChangedHandler* handler)
 {
-    const auto place =
+    const auto position =
         std::lower_bound(m_handlers.begin(), m_handlers.end(), handler, std::less<>());
-    if (place == m_handlers.end() || *place != handler)
+    if (position == m_handlers.end() || *position != handler)
         return;
-    m_handlers.erase(place);
+    m_handlers.erase(position);
     ++m_changes;
 }
 
+// The handlers are a sorted array. While nobody comes or goes a round is a plain loop over it; the
+// count of changes shows when that is over, also within a nested round that changes it back.
 void DataChangedManager::invokeDataChanged(const DataChangedArgument* argument)
 {
     const std::uint64_t changes = m_changes;
     DataChangedHandler* const* const end = m_handlers.data() + m_handlers.size();
-    for (DataChangedHandler* const* place = m_handlers.data(); place != end; ++place) {
-        DataChangedHandler* const handler = *place;
+    for (DataChangedHandler* const* position = m_handlers.data(); position != end; ++position) {
+        DataChangedHandler* const handler = *position;
         handler->dataChanged(argument);
         if (m_changes != changes) {
-            invokeBehind(handler, argument);
+            invokeAfter(handler, argument);
             return;
         }
     }
 }
 
-// The order by address tells who is next, whoever came and went.
-void DataChangedManager::invokeBehind(DataChangedHandler* handler,
-                                      const DataChangedArgument* argument)
+// The order by address says who is next, whoever came and went.
+void DataChangedManager::invokeAfter(DataChangedHandler* handler,
+                                     const DataChangedArgument* argument)
 {
     for (;;) {
         const auto next =

@@ -10,8 +10,6 @@ DataChangedFunction::DataChangedFunction(std::function<void(const DataChangedArg
     : m_function(std::move(function))
 {}
 
-DataChangedFunction::DataChangedFunction(const DataChangedFunction&) = default;
-DataChangedFunction& DataChangedFunction::operator=(const DataChangedFunction&) = default;
 DataChangedFunction::~DataChangedFunction() = default;
 
 void DataChangedFunction::dataChanged(const DataChangedArgument* argument)

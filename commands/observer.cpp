@@ -6,16 +6,12 @@
 namespace Tools {
 
 Observer::Observer(Displayer* displayer) : m_displayer(displayer) {}
-Observer::Observer(const Observer&) = default;
-Observer& Observer::operator=(const Observer&) = default;
 Observer::~Observer() = default;
 
 Displayer* Observer::getDisplayer() const
 {
     return m_displayer;
 }
-
-ObserverManager::ObserverManager() = default;
 
 ObserverManager::~ObserverManager()
 {
@@ -33,6 +29,7 @@ void ObserverManager::addObserver(Observer* observer)
     if (observer == nullptr ||
         std::find(m_observers.begin(), m_observers.end(), observer) != m_observers.end())
         return;
+    // Ours from here on, even if the list cannot grow.
     std::unique_ptr<Observer> owner(observer);
     m_observers.push_back(observer);
     static_cast<void>(owner.release());
@@ -40,15 +37,15 @@ void ObserverManager::addObserver(Observer* observer)
 
 void ObserverManager::removeObserver(Observer* observer)
 {
-    const auto place = std::find(m_observers.begin(), m_observers.end(), observer);
-    if (place == m_observers.end())
+    const auto position = std::find(m_observers.begin(), m_observers.end(), observer);
+    if (position == m_observers.end())
         return;
-    const auto index = static_cast<std::size_t>(place - m_observers.begin());
+    const auto index = static_cast<std::size_t>(position - m_observers.begin());
     for (Round& round : m_rounds) {
         round.next -= index < round.next ? 1 : 0;
         round.end -= index < round.end ? 1 : 0;
     }
-    m_observers.erase(place);
+    m_observers.erase(position);
 }
 
 Observer* ObserverManager::findObserver(const Displayer* displayer) const
@@ -75,6 +72,8 @@ void ObserverManager::updateInDisplayer(const Displayer* displayer)
     broadcast(displayer, &Observer::updateInDisplayer);
 }
 
+// A walk by index over the live list. m_rounds is the stack of walks under way, whose indices
+// removeObserver() keeps right; the guard takes this one off even if an observer throws.
 void ObserverManager::broadcast(const Displayer* displayer, void (Observer::*request)())
 {
     struct End {

@@ -13,6 +13,9 @@ ProgressMessenger::ProgressMessenger(WindowHandle window, std::uint32_t message)
 
 ProgressMessenger::~ProgressMessenger() = default;
 
+// A rendezvous, not a queue: each request replaces the pending one and is sent before the call
+// returns, so the sender's memory is all the storage there is. No lock: the system's handover of
+// the message orders the sender's writes before the window's reads.
 void ProgressMessenger::setPosition(std::uint64_t value)
 {
     clear();

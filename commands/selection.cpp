@@ -2,9 +2,6 @@
 
 namespace Tools {
 
-SelectableObject::SelectableObject() = default;
-SelectableObject::SelectableObject(const SelectableObject&) = default;
-SelectableObject& SelectableObject::operator=(const SelectableObject&) = default;
 SelectableObject::~SelectableObject() = default;
 
 SelectableObject::Flag SelectableObject::getSelected() const
@@ -57,6 +54,8 @@ void SelectableObject::setSelected(Flag flag)
     m_flag = flag;
 }
 
+// The four flags are two bits in disguise: what the object is, and what it will be once the pending
+// pick is settled. The functions below are their transitions, odd ones included.
 void SelectableObject::condSelect(int flag)
 {
     if (flag != 0)
@@ -85,9 +84,6 @@ void SelectableObject::resetUnselected()
         m_flag = Selected;
 }
 
-Interface::Interface() = default;
-Interface::Interface(const Interface&) = default;
-Interface& Interface::operator=(const Interface&) = default;
 Interface::~Interface() = default;
 
 bool Interface::getDeleted() const
@@ -100,9 +96,6 @@ void Interface::setDeleted(bool deleted)
     m_deleted = deleted;
 }
 
-Visibility::Visibility() = default;
-Visibility::Visibility(const Visibility&) = default;
-Visibility& Visibility::operator=(const Visibility&) = default;
 Visibility::~Visibility() = default;
 
 }

@@ -16,7 +16,7 @@ long now()
     return static_cast<long>(Platform::getProcessMilliseconds());
 }
 
-// Right across the end of the type's range, too.
+// Unsigned numbers wrap around, so this is right across the end of the type's range, too.
 long difference(long end, long start)
 {
     return static_cast<long>(static_cast<unsigned long>(end) - static_cast<unsigned long>(start));

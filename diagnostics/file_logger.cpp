@@ -43,6 +43,7 @@ void FileLogger::release()
     m_state->file.close();
 }
 
+// The line and its end in one write, so that lines of several programs do not mix.
 void FileLogger::writeLine(const std::string& line)
 {
     if (!m_state->isReady || !m_state->file.isOpen())

@@ -1,17 +1,13 @@
 #include <mdtools/logger.h>
 
-#include "trace/formatted_text.h"
 #include "platform/lifetime.h"
+#include "trace/formatted_text.h"
 
 #include <algorithm>
 #include <new>
 #include <utility>
 
 namespace Tools {
-
-LoggerManager::LoggerManager() = default;
-LoggerManager::LoggerManager(const LoggerManager& other) = default;
-LoggerManager& LoggerManager::operator=(const LoggerManager& other) = default;
 
 LoggerManager::~LoggerManager()
 {

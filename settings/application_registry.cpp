@@ -25,6 +25,7 @@ std::string getVokMerodaRegistryPath(const std::string& sub)
     return below("SOFTWARE\\VOK\\MERODA", sub);
 }
 
+// Written before other threads start and only read afterwards, so it needs no lock.
 ApplicationRegistry* ApplicationRegistry::ms_instance = nullptr;
 
 ApplicationRegistry::ApplicationRegistry()
@@ -56,6 +57,7 @@ void ApplicationRegistry::set(ApplicationRegistry* instance)
 
 ApplicationRegistry::Folder::~Folder() = default;
 
+// All paths are composed anew at each call: the program's path may depend on what is open just now.
 std::string ApplicationRegistry::Folder::composeRelPath(const std::string& sub) const
 {
     return below(getRelPath(), sub);
@@ -92,6 +94,7 @@ ApplicationRegistry::AppFolder::~AppFolder() = default;
 
 std::string ApplicationRegistry::AppFolder::getRelPath() const
 {
+    // Asked too early: a mistake of the caller, which must do no harm in a release build.
     assert(ms_instance != nullptr);
     return below(ms_instance != nullptr ? ms_instance->getAppRelPath() : std::string(), m_name);
 }

@@ -6,7 +6,7 @@ namespace Tools {
 
 namespace {
 
-// As Windows numbers primary languages.
+// As Windows numbers primary languages; the platform layer translates other systems' names.
 constexpr unsigned Czech = 5;
 constexpr unsigned German = 7;
 constexpr unsigned Slovak = 27;

@@ -2,13 +2,12 @@
 
 #include <mdtools/strings.h>
 
-#include <utility>
-
 namespace Tools {
 
 namespace {
 
-// Unlike tryParseInt, which takes the number that a text begins with.
+// Unlike tryParseInt, which takes the number that a text begins with, this wants the whole text to
+// be one: blanks, a sign, digits, and nothing after them.
 mdt::Nullable<int> parseWhole(const std::string& text)
 {
     const bool endsInDigit = !text.empty() && text.back() >= '0' && text.back() <= '9';
@@ -18,6 +17,7 @@ mdt::Nullable<int> parseWhole(const std::string& text)
     return endsInDigit && hasOnlySpacesBefore ? tryParseInt(text) : mdt::Nullable<int>();
 }
 
+// The type comes first: setting it clears the data.
 RegistryValue emptyValue(RegistryValue::Type type)
 {
     RegistryValue value;
@@ -47,6 +47,7 @@ mdt::Nullable<std::uint32_t> Registrar::readDWord(const std::string& name) const
     return value.getDWord();
 }
 
+// A word is taken as the int of the same bits, so that negative numbers come back.
 mdt::Nullable<int> Registrar::readInt(const std::string& name, RegistryValue::Type type) const
 {
     if (type == RegistryValue::String) {
@@ -148,6 +149,7 @@ RegistryValue Registrar::findValue(const std::string& name) const
     return Registry::find(m_hive, getAbsPath(), false)[name];
 }
 
+// Made if it is missing; add() opens it once more for writing.
 RegistryKey Registrar::findWritableKey() const
 {
     return Registry::find(m_hive, getAbsPath(), true);

@@ -11,6 +11,8 @@ constexpr std::size_t MaximumWalkedName = 4095;
 
 using Count = int (*)(KeyHandle key);
 
+// An iterator is an index into what the store lists at each call; nothing is held between two
+// calls. -1 is the position of an iterator over nothing.
 int firstIndex(Count count, KeyHandle key)
 {
     return count(key) > 0 ? 0 : -1;
@@ -107,6 +109,7 @@ bool RegistryValue::Iterator::valid() const
     return m_index >= 0 && m_index < Platform::countValues(m_key.handle());
 }
 
+// Unlike that of the subkeys it does not look at its own index.
 RegistryValue RegistryValue::Iterator::operator[](int index) const
 {
     std::string name;

@@ -15,6 +15,7 @@ KeyHandle openBelow(KeyHandle parent, const std::string& path, bool create)
     return parts.valid() ? Platform::openKey(parent, parts.names(), create) : nullptr;
 }
 
+// A second handle of the same key, opened for reading: an empty path leads to the key itself.
 KeyHandle duplicate(KeyHandle key)
 {
     return key != nullptr ? Platform::openKey(key, {}, false) : nullptr;
@@ -37,7 +38,7 @@ std::uint32_t kindOf(RegistryValue::Type type)
 }
 
 // A list that does not end in a NUL is stored with one, as the system does by itself for texts; the
-// data has one behind its end.
+// data has one after its end.
 std::size_t storedSize(const RegistryValue& value)
 {
     const std::size_t size = value.size();
@@ -71,6 +72,7 @@ RegistryKey& RegistryKey::operator=(const RegistryKey& other)
     return *this;
 }
 
+// Swapped with the argument's, not assigned: right for an assignment to itself, too.
 RegistryKey& RegistryKey::operator=(RegistryKey&& other) noexcept
 {
     RegistryKey taken(std::move(other));

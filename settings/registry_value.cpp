@@ -2,6 +2,7 @@
 
 #include "platform/registry_store.h"
 #include "settings/registry_path.h"
+#include "text/digits.h"
 
 #include <algorithm>
 #include <cstring>
@@ -33,11 +34,6 @@ RegistryValue::Type typeOf(std::uint32_t kind)
 bool isSpace(char c)
 {
     return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
 }
 
 // The number at the front of a text, 0 if there is none. Too large a one becomes the largest, and a
@@ -80,7 +76,8 @@ void appendText(std::string& list, const Text& text)
 
 }
 
-// Makes stored data the value's own.
+// Makes stored data the value's own. What is stored comes from anywhere: a text ends at its first
+// NUL or at its end, and a word may have fewer than four bytes.
 class RegistryValue::Reader final : public Platform::ValueReceiver {
 public:
     explicit Reader(RegistryValue& value) : m_value(value) {}
@@ -131,6 +128,8 @@ RegistryValue& RegistryValue::setType(Type type)
     return *this;
 }
 
+// m_data is what would be stored: the text (its NUL is the string's own), the packed list, or the
+// bytes. m_word is kept beside it, so that a word set without a type is still there.
 RegistryValue& RegistryValue::setData(const std::string& text)
 {
     if (m_type == DWord)
@@ -227,6 +226,7 @@ std::vector<std::string> RegistryValue::getMultiString() const
     return texts;
 }
 
+// The list is walked from its front: it is packed, and an empty text ends it.
 std::string RegistryValue::getMultiStringAt(std::size_t index) const
 {
     if (holdsText())

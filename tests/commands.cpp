@@ -304,7 +304,7 @@ TEST_F(Commands, depthAndLength)
     EXPECT_EQ(value, 0);
 }
 
-// Adds its name to the log, and does what it is told.
+// Adds its name to the log, and does what its test wants.
 class Handler : public DataChangedHandler {
 public:
     explicit Handler(const std::string& name) : m_name(name) {}
@@ -418,7 +418,7 @@ TEST_F(Commands, observers)
         b->whenUpdated = [&] { manager.addObserver(a); };
         manager.updateInDisplayer(nullptr);
         EXPECT_EQ(takeLog(), "*a*b*c");
-        // In the middle of a round two go, one of them itself, and come again behind "c".
+        // In the middle of a round two go, one of them itself, and come again after "c".
         b->whenUpdated = [&] {
             for (Shape* shape : {a, b})
                 manager.removeObserver(shape);

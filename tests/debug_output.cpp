@@ -2,23 +2,23 @@
 
 #include <mdtools/registry.h>
 
-#include "trace/date_time.h"
-#include "trace/debug_labels.h"
-#include "trace/debug_sender.h"
 #include "platform/debug_channel.h"
 #include "support/child_process.h"
 #include "support/debug_output_test.h"
 #include "support/module.h"
 #include "support/process_state.h"
+#include "trace/date_time.h"
+#include "trace/debug_labels.h"
+#include "trace/debug_sender.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <future>
 #include <map>
 #include <memory>
-#include <regex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -293,10 +293,10 @@ TEST_F(DebugOutput, sendsMessagesOfThreadsWhole)
 TEST_F(DebugOutput, survivesReceiverThatDies)
 {
     Child receiver(client(), {"receive-and-die"});
-    while (!Tools::DebugSender::connect() && receiver.started()) {
-        std::this_thread::yield();
+    ASSERT_TRUE(receiver.waitUntil([] {
         Tools::DebugSender::restart();
-    }
+        return Tools::DebugSender::connect();
+    }));
     Tools::debugPrintf("it dies now\nand this finds nobody\n");
     EXPECT_TRUE(Tools::DebugSender::isClosed());
     Tools::debugPrintf("nor this\n");
@@ -316,7 +316,11 @@ TEST_F(DebugOutput, survivesSenderThatDies)
         killed.get_future().wait();
     });
     Child child(client(), {"send-lines", "100"});
-    const std::uint32_t id = arrived.get_future().get();
+    std::future<std::uint32_t> sender = arrived.get_future();
+    ASSERT_TRUE(child.waitUntil([&sender] {
+        return sender.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    })) << "nothing was sent";
+    const std::uint32_t id = sender.get();
     child.kill();
     EXPECT_NE(child.wait().exitCode, 0);
     killed.set_value();

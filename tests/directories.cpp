@@ -225,7 +225,7 @@ TEST_F(DirectoryTest, neverFollowsLinks)
 TEST_F(DirectoryTest, manyFiles)
 {
     // Wine looks through the whole directory for each name.
-    constexpr int Count = MdToolsTest::IsWindows ? 1000 : 10000;
+    const int Count = MdToolsTest::IsWindows ? 1000 : 10000;
     for (int i = 0; i < Count; ++i)
         make("s/file " + std::to_string(i));
     std::vector<File::Info> found;
@@ -241,7 +241,7 @@ TEST_F(DirectoryTest, deepTrees)
 {
     // As deep as the narrow calls reach; elsewhere far beyond the longest path of one call, and
     // with few files that may be open at once.
-    constexpr int Depth = MdToolsTest::IsWindows ? 30 : 2000;
+    const int Depth = MdToolsTest::IsWindows ? 30 : 2000;
     std::string deep = path("s");
     for (int i = 0; i < Depth; ++i)
         deep += "/dd";

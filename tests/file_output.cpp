@@ -1,14 +1,11 @@
 #include <mdtools/file_output.h>
 
+#include "support/files.h"
 #include "support/test_environment.h"
 
 #include <gtest/gtest.h>
 
-#include <clocale>
-#include <cstdio>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <limits>
 #include <string>
 
@@ -18,14 +15,12 @@ using Tools::FileOutput;
 
 std::string fileName()
 {
-    return MdToolsTest::workDirectory() + "/output.txt";
+    return MdToolsTest::workPath("output.txt");
 }
 
-// In text mode: the platform's line ends are "\n" here.
 std::string content()
 {
-    std::ifstream stream(fileName());
-    return std::string(std::istreambuf_iterator<char>(stream), {});
+    return MdToolsTest::readText(fileName());
 }
 
 TEST(FileOutput, lines)

@@ -358,7 +358,7 @@ TEST_F(FileTest, anotherProcessHoldsAFile)
     {
         MdToolsTest::Child child(MdToolsTest::builtProgram("file_child"),
                                  {"a", name, path("ready")});
-        ASSERT_TRUE(child.started());
+        ASSERT_TRUE(child.isRunning());
         ASSERT_TRUE(MdToolsTest::waitUntil([this] { return File::exists(path("ready")); }))
             << "the other process did not open the file";
         EXPECT_TRUE(File::isLocked(name));

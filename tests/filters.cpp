@@ -52,7 +52,7 @@ TEST(Filters, whatCanBeShownWhere)
     EXPECT_FALSE(isRepresentable("XYZ", "XYZ"));
 }
 
-// Another refinement than the library's own, to tell kinds of refinement apart.
+// Another refinement than the library's own, to distinguish kinds of refinement.
 class Bridge : public Minor {
 public:
     std::unique_ptr<Minor> clone() const override { return std::make_unique<Bridge>(); }

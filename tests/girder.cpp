@@ -55,7 +55,7 @@ Model randomGirder(std::mt19937& random)
             span.loads.points.push_back(
                 {span.length * share(random), 500.0 * share(random) - 99.0});
     }
-    // Forces that stand over a support, on one another.
+    // Forces over a support, on one another.
     model.spans[0].loads.points.push_back({0.0, 10.0});
     model.spans[0].loads.points.push_back({model.spans[0].length, 20.0});
     model.spans[0].loads.points.push_back({model.spans[0].length, 30.0});
@@ -307,8 +307,8 @@ TEST(GirderEnvelope, trainOverTheGirder)
         solver.add(position, whole);
         solver.add(position, position < 1234 ? first : second);
     }
-    EXPECT_EQ(solver.placeOf(3000), 2 * L + 2.0); // the last axle leaves
-    // Over a support at most all that stands there, less what is lost to the others.
+    EXPECT_EQ(solver.firstAxleAt(3000), 2 * L + 2.0); // the last axle leaves
+    // Over a support at most all that is there, less what is lost to the others.
     EXPECT_GT(whole.reactions[1].maximum, 145.0);
     EXPECT_LT(whole.reactions[1].maximum, 150.0);
     // Symmetric spans, the same greatest moment under the heavy axle; it follows by 2 m.

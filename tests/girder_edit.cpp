@@ -30,7 +30,7 @@ Model threeSpans()
 
 class GirderEdit : public ::testing::Test {
 protected:
-    // False if some line failed; what was said stands in m_output and m_errors.
+    // False if some line failed; what was said is in m_output and m_errors.
     bool perform(const std::string& lines)
     {
         std::istringstream in(lines);

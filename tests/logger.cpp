@@ -5,7 +5,7 @@
 
 #include "platform/open_file.h"
 #include "support/child_process.h"
-#include "support/process_probe.h"
+#include "support/files.h"
 #include "support/test_environment.h"
 #include "support/test_receiver.h"
 #include "trace/debug_sender.h"
@@ -16,11 +16,9 @@
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -35,24 +33,9 @@ using Texts = std::vector<std::string>;
 // The path of a file that is not there yet.
 std::string newPath(const std::string& name)
 {
-    const std::string path = workDirectory() + "/" + name;
+    const std::string path = workPath(name);
     File::remove(path);
     return path;
-}
-
-std::string readBytes(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
-}
-
-Texts readLines(const std::string& path)
-{
-    std::ifstream file(path);
-    Texts lines;
-    for (std::string line; std::getline(file, line);)
-        lines.push_back(line);
-    return lines;
 }
 
 // What the run-time's text mode makes of `text`.
@@ -60,7 +43,7 @@ std::string inTextMode(const std::string& text)
 {
     const std::string path = newPath("text-mode");
     std::ofstream(path) << text;
-    return readBytes(path);
+    return readFile(path);
 }
 
 TEST(FileLogger, goesThroughItsLife)
@@ -76,17 +59,17 @@ TEST(FileLogger, goesThroughItsLife)
 
     logger.initialize();
     logger.writeLine("one");
-    EXPECT_EQ(readBytes(path), inTextMode("one\n"));
+    EXPECT_EQ(readFile(path), inTextMode("one\n"));
     logger.release();
     logger.release();
     logger.writeLine("lost");
-    EXPECT_EQ(readBytes(path), inTextMode("one\n"));
+    EXPECT_EQ(readFile(path), inTextMode("one\n"));
 
     logger.initialize();
     logger.writeLine("fresh");
     logger.initialize();
     logger.writeLine("fresh again");
-    EXPECT_EQ(readBytes(path), inTextMode("fresh again\n"));
+    EXPECT_EQ(readFile(path), inTextMode("fresh again\n"));
 
     FileLogger second("");
     second.initialize(path);
@@ -94,7 +77,7 @@ TEST(FileLogger, goesThroughItsLife)
     logger.writeLine("between");
     second.initialize(otherPath);
     second.writeLine("");
-    EXPECT_EQ(readBytes(path), inTextMode("fresh again\nbehind\nbetween\n\n"));
+    EXPECT_EQ(readFile(path), inTextMode("fresh again\nbehind\nbetween\n\n"));
 }
 
 TEST(FileLogger, writesEveryLineAsText)
@@ -115,7 +98,7 @@ TEST(FileLogger, writesEveryLineAsText)
         logger.writeLine(line);
         expected += line + "\n";
     }
-    EXPECT_EQ(readBytes(path), inTextMode(expected));
+    EXPECT_EQ(readFile(path), inTextMode(expected));
 }
 
 TEST(FileLogger, staysSilentWhereItCannotWrite)
@@ -130,7 +113,7 @@ TEST(FileLogger, staysSilentWhereItCannotWrite)
         logger.initialize(path);
         logger.writeLine("nowhere");
     }
-    EXPECT_EQ(readBytes(heldPath), "");
+    EXPECT_EQ(readFile(heldPath), "");
 }
 
 // A child that lives on does not keep the file from being removed.
@@ -140,7 +123,7 @@ TEST(FileLogger, isNotInherited)
     FileLogger logger(path);
     logger.initialize();
     Child child(builtProgram("log_client"), {"sleep", "", ""});
-    ASSERT_TRUE(child.started());
+    ASSERT_TRUE(child.isRunning());
     logger.release();
     EXPECT_TRUE(File::remove(path));
     child.kill();
@@ -179,17 +162,16 @@ TEST(FileLogger, losesNothingToAKill)
     constexpr int Count = 100;
     const std::string path = newPath("killed.log");
     Child child(builtProgram("log_client"), {"hold", path, std::to_string(Count)});
-    while (child.started() && readLines(path).size() < Count)
-        std::this_thread::yield();
+    ASSERT_TRUE(child.waitUntil([&] { return readLines(path).size() >= Count; }));
     child.kill();
     EXPECT_NE(child.wait().exitCode, 0);
     std::string expected;
     for (int i = 0; i < Count; ++i)
         expected += clientLine("hold", i) + "\n";
-    EXPECT_EQ(readBytes(path), inTextMode(expected));
+    EXPECT_EQ(readFile(path), inTextMode(expected));
 }
 
-// Notes what it is told, together with its name, in a common list.
+// Notes what it is called with, together with its name, in a common list.
 class FakeLogger : public Logger {
 public:
     FakeLogger(std::string name, Texts& notes) : m_name(std::move(name)), m_notes(notes) {}

@@ -2,26 +2,19 @@
 #include <mdtools/print_job.h>
 
 #include "support/child_process.h"
+#include "support/files.h"
 #include "support/test_environment.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 namespace {
 
+using MdToolsTest::readText;
 using Tools::InvokeMdPrint;
 namespace fs = std::filesystem;
-
-// Text mode: the line ends of the platform are one thing here.
-std::string readText(const std::string& name)
-{
-    std::ifstream stream(name);
-    return std::string(std::istreambuf_iterator<char>(stream), {});
-}
 
 class PrintJob : public ::testing::Test {
 protected:
@@ -34,7 +27,7 @@ protected:
         return InvokeMdPrint(MdToolsTest::builtProgram("test_child_program"), m_parameters);
     }
 
-    // The parameter file that the job writes; the stand-in of the tool must have been given it.
+    // The parameter file that the job writes; the tool must have been given it.
     std::string printed(InvokeMdPrint& job)
     {
         Tools::Environment("MDTOOLS_RECORD").setValue(m_record);

@@ -19,7 +19,7 @@ MdToolsTest::ChildResult runTool(const std::string& argument)
     return MdToolsTest::runChild(MdToolsTest::builtProgram("mdprint"), {argument});
 }
 
-// The number of pages that the page tree tells.
+// The number of pages that the page tree holds.
 int countPages(const std::string& pdf)
 {
     std::smatch match;

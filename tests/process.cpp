@@ -8,6 +8,7 @@
 #include <mdtools/shell.h>
 
 #include "support/child_process.h"
+#include "support/files.h"
 #include "support/process_state.h"
 #include "support/test_environment.h"
 #include "support/waiting.h"
@@ -18,7 +19,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -26,6 +26,7 @@
 namespace {
 
 using namespace Tools;
+using MdToolsTest::readFile;
 namespace fs = std::filesystem;
 
 std::string recorder()
@@ -36,12 +37,6 @@ std::string recorder()
 std::string inQuotes(const std::string& text)
 {
     return "\"" + text + "\"";
-}
-
-std::string readFile(const std::string& name)
-{
-    std::ifstream stream(name, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(stream), {});
 }
 
 std::string newFileName()

@@ -1,8 +1,8 @@
 #include <mdtools/message_window.h>
 #include <mdtools/progress.h>
-#include <mdtools/system.h>
 
 #include "platform/window.h"
+#include "support/waiting.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -98,7 +98,7 @@ TEST(ProgressMessenger, keepsOneRequestPending)
     EXPECT_THAT(recorder.calls, ElementsAre("minimum 0", "minimum 0", "title x"));
 }
 
-// A thread with a window that handles messages until told to stop.
+// A thread with a window that handles messages until it is to stop.
 class WindowThread {
 public:
     explicit WindowThread(std::function<void(unsigned int)> handler)
@@ -156,8 +156,10 @@ TEST(ProgressMessenger, reachesTheWindowOnItsThreadBeforeTheCallReturns)
         ended = true;
     });
     int handled = 0;
-    while (!ended)
+    EXPECT_TRUE(MdToolsTest::waitUntil([&] {
         handled += window.waitMessages(20);
+        return ended.load();
+    })) << "the worker does not end";
     worker.join();
     EXPECT_EQ(handled, 400);
     ASSERT_EQ(recorder.calls.size(), 400U);
@@ -197,7 +199,8 @@ TEST(MessageWindow, waitsNoLongerThanAsked)
     }).join();
 }
 
-TEST(MessageWindow, releasesSendersWhenItEnds)
+// Ends a window that nobody serves while threads send to it.
+void endWhileSending()
 {
     auto window = std::make_unique<MessageWindow>(
         [](unsigned int) { FAIL() << "nobody asked for messages"; });
@@ -209,15 +212,19 @@ TEST(MessageWindow, releasesSendersWhenItEnds)
             ++sending;
             Platform::sendMessage(handle, Request);
         });
-    // Senders that are late find no window, which is as good.
-    while (sending < 4)
-        std::this_thread::yield();
-    System::sleep(5);
+    EXPECT_TRUE(MdToolsTest::waitUntil([&] { return sending == 4; })) << "no senders";
     window.reset();
     for (std::thread& sender : senders)
         sender.join();
     Platform::sendMessage(handle, Request);
     EXPECT_FALSE(Platform::isWindowThread(handle));
+}
+
+TEST(MessageWindow, releasesSendersWhenItEnds)
+{
+    // Senders that are late find no window, which is as good; in some round they wait for it.
+    for (int round = 0; round < 20; ++round)
+        endWhileSending();
 }
 
 TEST(MessageWindow, endsWithItsThread)
@@ -291,8 +298,10 @@ TEST(MessageWindow, isServedByAThreadThatLooksForSentMessages)
         Platform::sendMessage(window.handle(), Request);
         Platform::sendMessage(second.handle(), Request);
     });
-    while (handled < 11)
+    EXPECT_TRUE(MdToolsTest::waitUntil([&] {
         Platform::handleSentMessages();
+        return handled >= 11;
+    })) << "no messages";
     sender.join();
     EXPECT_EQ(handled, 11);
 }

@@ -1,8 +1,8 @@
 #include <mdtools/debug_output.h>
 
-#include "trace/debug_sender.h"
 #include "support/child_process.h"
-#include "support/process_probe.h"
+#include "support/process_state.h"
+#include "trace/debug_sender.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,7 +11,6 @@
 #include <regex>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -26,10 +25,10 @@ std::unique_ptr<Child> startReceiver(Texts arguments)
 {
     arguments.insert(arguments.end(), {"--seconds", "4"});
     auto child = std::make_unique<Child>(builtProgram("mdtools-receiver"), arguments);
-    do {
-        std::this_thread::yield();
+    EXPECT_TRUE(child->waitUntil([] {
         Tools::DebugSender::restart();
-    } while (!Tools::DebugSender::connect());
+        return Tools::DebugSender::connect();
+    })) << "no receiver";
     return child;
 }
 

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -49,7 +48,7 @@ TEST(Recorder, keepsRecordsInOrder)
     recorder.record(std::move(taken));
     recorder.record(twice);
     EXPECT_EQ(taken.getText(), "");
-    // Records of its own are welcome, though their place moves.
+    // Records of its own are welcome, though they move.
     for (int i = 0; i < 20; ++i)
         recorder.record(recorder.getRecords().front());
 

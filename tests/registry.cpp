@@ -288,7 +288,7 @@ TEST_F(RegistryTest, walkValues)
     const std::set<std::string> names = {"", "b", "A", "c"};
     for (const std::string& name : names)
         writeText(name, "is " + name);
-    // Unlike the subkeys' iterator it looks at the index only where it stands.
+    // Unlike the subkeys' iterator it looks at the index only where it is.
     EXPECT_TRUE(walk[3].valid());
 
     std::set<std::string> seen;

@@ -1,7 +1,8 @@
 // What only the stores on Linux have: files, their rights, and what can happen to them.
 #include "support/child_process.h"
-#include "support/module.h"
+#include "support/files.h"
 #include "support/registry_test.h"
+#include "support/waiting.h"
 
 #include <mdtools/environment.h>
 #include <mdtools/language.h>
@@ -12,7 +13,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -36,17 +36,6 @@ const std::string User = std::to_string(Registry::CurrentUser);
 fs::path ownStore()
 {
     return fs::path(workDirectory()) / "registry";
-}
-
-std::string readFile(const fs::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void writeFile(const fs::path& path, const std::string& bytes)
-{
-    std::ofstream(path, std::ios::binary) << bytes;
 }
 
 int modeOf(const fs::path& path)
@@ -166,15 +155,16 @@ TEST_F(RegistryFiles, killedWriterOfTheMachine)
 {
     for (int round = 0; round < 3; ++round) {
         Child child(builtProgram("settings_child"), {"count", Machine, "K", "v"}, variables());
-        while (std::atoi(run({"read", Machine, "K", "v"}).c_str()) < 3 + round)
-            ASSERT_TRUE(child.started());
+        ASSERT_TRUE(child.waitUntil([&] {
+            return std::atoi(run({"read", Machine, "K", "v"}).c_str()) >= 3 + round;
+        }));
         child.kill();
         std::string lines = child.wait().output;
         lines.erase(lines.find_last_of('\n'));
-        const int told = std::atoi(lines.c_str() + lines.find_last_of('\n') + 1);
+        const int reported = std::atoi(lines.c_str() + lines.find_last_of('\n') + 1);
         const int stored = std::atoi(run({"read", Machine, "K", "v"}).c_str());
-        EXPECT_GE(stored, told);
-        EXPECT_LE(stored, told + 1);
+        EXPECT_GE(stored, reported);
+        EXPECT_LE(stored, reported + 1);
         run({"write", Machine, "K", "v", "0"});
         EXPECT_EQ(run({"read", Machine, "K", "v"}), "0\n");
     }
@@ -203,8 +193,7 @@ TEST_F(RegistryFiles, stoppedWriterOfTheMachine)
         SCOPED_TRACE(round);
         key.add(makeValue("v", RegistryValue::DWord).setData(0));
         Child child(builtProgram("settings_child"), {"count", Machine, "Stopped", "v"});
-        for (int i = 0; i < 10000 && key["v"].getDWord() < 2; ++i)
-            ::usleep(100);
+        ASSERT_TRUE(waitUntil([&] { return key["v"].getDWord() >= 2; })) << "nothing is written";
         ::kill(static_cast<pid_t>(child.processId()), SIGSTOP);
         EXPECT_TRUE(readAsAnother());
         child.kill();
@@ -332,13 +321,14 @@ TEST_F(RegistryFiles, exchangedStore)
     for (const char* name : {"user.db", "user.db-wal", "user.db-shm"})
         fs::rename(ownStore() / name, kept / name);
 
-    const auto waitFor = [this](const std::string& text) {
-        while (Registry::find(Registry::CurrentUser, m_path, false)["v"].getString() != text)
-            ::usleep(1000);
+    const auto reads = [this](const std::string& text) {
+        return waitUntil([&] {
+            return Registry::find(Registry::CurrentUser, m_path, false)["v"].getString() == text;
+        });
     };
-    waitFor("");
+    ASSERT_TRUE(reads("")) << "the old store is still read";
     runChild(builtProgram("settings_child"), {"write", User, m_path, "v", "new"});
-    waitFor("new");
+    ASSERT_TRUE(reads("new")) << "the new store is not read";
     // The old key belonged to the old store.
     EXPECT_FALSE(m_key["v"].valid());
     writeText("v", "lost");

@@ -52,17 +52,17 @@ TEST_F(RegistryProcesses, killedWriterLosesNothing)
     for (int round = 0; round < 4; ++round) {
         const std::string name = "count" + std::to_string(round);
         Child child(program(), {"count", User, m_path, name});
-        ASSERT_TRUE(child.started());
-        while (m_key[name].getDWord() < 20u + static_cast<unsigned>(round))
-            ASSERT_TRUE(m_key.valid());
+        ASSERT_TRUE(child.waitUntil(
+            [&] { return m_key[name].getDWord() >= 20u + static_cast<unsigned>(round); }));
         child.kill();
         // The last line may have been cut off, or not been written any more.
         std::string lines = child.wait().output;
         lines.erase(lines.find_last_of('\n'));
-        const auto told = std::strtoul(lines.c_str() + lines.find_last_of('\n') + 1, nullptr, 10);
+        const auto reported =
+            std::strtoul(lines.c_str() + lines.find_last_of('\n') + 1, nullptr, 10);
         const std::uint32_t stored = m_key[name].getDWord();
-        EXPECT_GE(stored, told);
-        EXPECT_LE(stored, told + 1);
+        EXPECT_GE(stored, reported);
+        EXPECT_LE(stored, reported + 1);
         // Nobody is held up by the dead.
         m_key.add(makeValue(name, RegistryValue::DWord).setData(7));
         EXPECT_EQ(m_key[name].getDWord(), 7u);

@@ -1,12 +1,10 @@
 #include "support/child_process.h"
+#include "support/files.h"
 #include "support/registry_test.h"
 #include "tools/registration_file.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -20,7 +18,7 @@ using namespace MdToolsTest;
 const std::string Head5 = "Windows Registry Editor Version 5.00\n";
 const std::string Head4 = "REGEDIT4\n";
 
-// The text as a file in UTF-16; bytes beyond ASCII stand for Latin letters.
+// The text as a file in UTF-16; bytes beyond ASCII are Latin letters.
 std::string utf16(const std::string& text)
 {
     std::string bytes = "\xFF\xFE";
@@ -121,14 +119,27 @@ TEST(RegistrationFile, wholeFiles)
     EXPECT_TRUE(parse("REGEDIT4").changes.empty());
 }
 
-TEST(RegistrationFile, faults)
+struct FaultyFile {
+    std::string file;
+    std::size_t line;
+};
+
+void expectFaults(const std::vector<FaultyFile>& files)
 {
-    struct Case {
-        std::string file;
-        std::size_t line;
-    };
-    const std::string key = Head5 + "\n[HKCU\\K]\n";
-    const Case cases[] = {
+    for (const FaultyFile& faulty : files) {
+        SCOPED_TRACE(faulty.file.substr(0, 100));
+        try {
+            parse(faulty.file);
+            ADD_FAILURE() << "no fault found";
+        } catch (const Fault& fault) {
+            EXPECT_EQ(fault.line(), faulty.line) << fault.what();
+        }
+    }
+}
+
+TEST(RegistrationFile, faultyHeadsAndKeys)
+{
+    expectFaults({
         {"", 1},
         {"\xFF\xFE", 1},
         {"REGEDIT5\n", 1},
@@ -145,6 +156,15 @@ TEST(RegistrationFile, faults)
         {Head5 + "[HKCU/K]", 2},
         {Head5 + "[HKCU\\" + std::string(256, 'x') + "]", 2},
         {Head5 + "[-HKCU\\K]\n@=\"x\"", 3},
+        {"\xFF\xFEx", 1},
+        {"\xEF\xBB\xBF" + Head5 + "\xE4", 1},
+    });
+}
+
+TEST(RegistrationFile, faultyValues)
+{
+    const std::string key = Head5 + "\n[HKCU\\K]\n";
+    expectFaults({
         {key + "\n@=", 5},
         {key + "@", 4},
         {key + "@=\"x", 4},
@@ -173,18 +193,7 @@ TEST(RegistrationFile, faults)
         {key + "@=hex(1):11,22,00,00", 4}, // nor this
         {key + "@=hex(1):00,d8,00,00", 4}, // half a pair
         {key + "@=\"a\0b\""s, 4},
-        {"\xFF\xFEx", 1},
-        {"\xEF\xBB\xBF" + Head5 + "\xE4", 1},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.file.substr(0, 100));
-        try {
-            parse(c.file);
-            FAIL() << "no fault found";
-        } catch (const Fault& fault) {
-            EXPECT_EQ(fault.line(), c.line) << fault.what();
-        }
-    }
+    });
 }
 
 TEST(RegistrationFile, writesWhatItReads)
@@ -257,18 +266,10 @@ protected:
     }
 
     std::string key() const { return "HKCU\\" + m_path; }
-    static std::string file() { return workDirectory() + "/settings.reg"; }
+    static std::string file() { return workPath("settings.reg"); }
 
-    static std::string readFile()
-    {
-        std::ifstream stream(file(), std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-
-    static void writeFile(const std::string& bytes)
-    {
-        std::ofstream(file(), std::ios::binary) << bytes;
-    }
+    static std::string readFile() { return MdToolsTest::readFile(file()); }
+    static void writeFile(const std::string& bytes) { MdToolsTest::writeFile(file(), bytes); }
 };
 
 TEST_F(RegistryTool, setGetListDelete)

@@ -171,7 +171,7 @@ TEST(RegistryValue, copiesAreDetached)
     first = second;
     EXPECT_EQ(dataOf(first), "xbc");
     const unsigned char* bytes = second.getBytes();
-    // Data behind a value too long to lie inside of the object moves along.
+    // Data of a value that is too long to be inside of the object moves along.
     second.setData(std::string(1000, 'z'));
     bytes = second.getBytes();
     const RegistryValue third = std::move(second);

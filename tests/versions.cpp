@@ -4,8 +4,7 @@
 #include <mdtools/version_number.h>
 #include <mdtools/version_text.h>
 
-#include "support/child_process.h"
-#include "support/module.h"
+#include "support/programs.h"
 #include "support/test_environment.h"
 
 #include <gtest/gtest.h>

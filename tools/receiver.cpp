@@ -62,6 +62,7 @@ std::string describe(std::uint32_t sender, std::string_view piece)
     return text;
 }
 
+// For the handler of Ctrl-C, which has no argument. Set before the handler is, and never changed.
 DebugListener* s_listener = nullptr;
 
 void stopListener()
@@ -79,6 +80,7 @@ int run(DebugListener& listener, const Options& options)
             const std::string_view piece(text, length);
             const std::string line = options.raw ? std::string() : describe(sender, piece);
             const std::string_view output = options.raw ? piece : std::string_view(line);
+            // Nobody reads any more: end, rather than hold up the senders for nothing.
             if (written && !Tools::Platform::writeStandardOutput(output.data(), output.size())) {
                 written = false;
                 listener.stop();

@@ -32,7 +32,7 @@ struct Change {
 
     Kind kind = Kind::CreateKey;
     std::size_t line = 0;
-    // The place of the key in Content::keys.
+    // The index of the key in Content::keys.
     std::size_t key = 0;
     std::string name;
     // The stored type's number, and the data as it is stored.
@@ -65,7 +65,7 @@ private:
 // version 5.00, else the code page. Throws a Fault.
 Content parse(const std::string& bytes);
 
-// A value as it stands in a file of the REGEDIT4 form, in one line without its end.
+// A value as it is written in a file of the REGEDIT4 form, in one line without its end.
 std::string describeValue(const std::string& name, std::uint32_t type, const std::string& data);
 
 // Composes a file.

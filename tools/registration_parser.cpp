@@ -84,6 +84,7 @@ bool readUtf8(std::string_view bytes, std::wstring& text)
     return true;
 }
 
+// The file's text as UTF-16 units, whatever it is encoded in.
 std::wstring decode(std::string_view bytes)
 {
     std::wstring text;
@@ -102,6 +103,9 @@ std::wstring decode(std::string_view bytes)
     return toWide(std::string(bytes));
 }
 
+// The grammar is one of lines: head, keys, values; only bytes go on in the next line after a
+// backslash. So each parse function works on what is left of the current line, and each skip
+// function is false, with nothing consumed, where something else is there.
 class Parser {
 public:
     explicit Parser(const std::wstring& text) : m_unread(text) {}
@@ -321,7 +325,7 @@ std::uint32_t Parser::parseNumber(std::size_t maximumDigits)
     return number;
 }
 
-// The next byte and the comma behind it, maybe in the next line. False if nothing follows.
+// The next byte and the comma after it, maybe in the next line. False if nothing follows.
 bool Parser::takeByte(std::string& bytes)
 {
     skipBlanks();
@@ -346,7 +350,7 @@ std::wstring Parser::takeQuoted()
         fail("a quote is missing");
     std::wstring text;
     while (!skip(L'"')) {
-        // A backslash stands before a quote or another backslash that belongs to the text.
+        // A backslash precedes a quote or another backslash that belongs to the text.
         skip(L'\\');
         if (m_rest.empty())
             fail("the quote is not closed");

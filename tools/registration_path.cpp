@@ -16,6 +16,7 @@ struct Root {
     const char* shortName;
 };
 
+// The first name is the one that is written.
 constexpr Root Roots[] = {
     {Registry::LocalMachine, "HKEY_LOCAL_MACHINE", "HKLM"},
     {Registry::CurrentUser, "HKEY_CURRENT_USER", "HKCU"},
@@ -56,6 +57,7 @@ bool readKeyPath(std::string_view text, std::string_view separators, KeyPath& pa
     path.names.clear();
     if (end == std::string_view::npos)
         return true;
+    // The store's own limits, which the library's paths are held to as well.
     text.remove_prefix(end + 1);
     if (Characters::count(std::string(text).c_str()) > MaximumPath)
         return false;
@@ -64,6 +66,7 @@ bool readKeyPath(std::string_view text, std::string_view separators, KeyPath& pa
         const std::string name(text.substr(0, end));
         if (Characters::count(name.c_str()) > Platform::MaximumKeyName)
             return false;
+        // Doubled and final separators are passed over.
         if (!name.empty())
             path.names.push_back(name);
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);

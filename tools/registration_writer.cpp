@@ -24,6 +24,7 @@ bool canBeQuoted(const std::wstring& text)
     return std::none_of(text.begin(), text.end(), isControl);
 }
 
+// Other escapes than these two there are none, so control characters go as bytes.
 std::wstring quote(const std::wstring& text)
 {
     std::wstring quoted = L"\"";
@@ -55,6 +56,7 @@ std::string toUtf16Bytes(const std::wstring& text)
     return bytes;
 }
 
+// The type in the shortest form, as registry editors write it.
 std::wstring hexHead(std::uint32_t type)
 {
     if (type == Kind::Binary)
@@ -81,12 +83,15 @@ void appendBytes(std::wstring& text, std::size_t width, const std::string& bytes
     }
 }
 
+// A text that ends in its NUL and holds no control character is written for people, others as
+// bytes.
 bool isQuotedText(std::uint32_t type, const std::wstring& data)
 {
     return type == Kind::Text && !data.empty() && data.back() == L'\0' &&
            canBeQuoted(data.substr(0, data.size() - 1));
 }
 
+// Little-endian, as it is stored.
 std::uint32_t readWord(const std::string& data)
 {
     std::uint32_t word = 0;
@@ -117,6 +122,7 @@ std::wstring composeValue(const std::string& name, std::uint32_t type, const std
     return line;
 }
 
+// The way through UTF-16, which a file takes, gives the very text back.
 bool survives(const std::string& text)
 {
     return toNarrow(toWide(text)) == text;

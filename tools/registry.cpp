@@ -39,7 +39,7 @@ constexpr const char* Usage =
     "  delete  the value, or the key with all below it\n"
     "  export  the key with all below it; version 5.00 in UTF-16, or REGEDIT4\n"
     "  import  all of the file, or nothing if something is wrong with it\n"
-    "Values of other types are told of, but neither exported nor imported.\n";
+    "Values of other types are reported, but neither exported nor imported.\n";
 
 // Why a command did not do its work; ends it.
 class Failure : public std::runtime_error {
@@ -49,7 +49,7 @@ public:
 
 class WrongUsage : public std::exception {};
 
-void tell(const std::string& text)
+void report(const std::string& text)
 {
     std::fputs(("mdtools-registry: " + text + "\n").c_str(), stderr);
 }
@@ -87,6 +87,7 @@ RegistryKey openExisting(const KeyPath& path)
     return key;
 }
 
+// A value as it is stored, of whatever type; the library's classes show five types only.
 struct RawValue final : Platform::ValueReceiver {
     void receive(std::uint32_t newKind, std::string_view newData) override
     {
@@ -100,6 +101,7 @@ struct RawValue final : Platform::ValueReceiver {
 
 using Name = bool (*)(KeyHandle key, int index, std::string& name);
 
+// All at once: an index counts what is there at the call, and shifts with every change.
 std::vector<std::string> allNames(const RegistryKey& key, Name nameAt)
 {
     std::vector<std::string> names;
@@ -145,6 +147,7 @@ std::string toHex(const std::string& bytes)
     return text;
 }
 
+// What `get` prints, and `set` takes.
 std::string plainText(const RegistryValue& value)
 {
     switch (value.type()) {
@@ -225,6 +228,7 @@ void set(const KeyPath& path, const RegistryValue& value)
     RegistryKey key = openKey(path, true);
     if (!key.valid())
         throw Failure("cannot create " + path.text());
+    // A write that fails says nothing; reading it back does.
     key.add(value);
     const RegistryValue stored = key[value.name()];
     if (stored.type() != value.type() || plainText(stored) != plainText(value))
@@ -254,19 +258,20 @@ void remove(const KeyPath& path, const std::string& name)
 bool exportKey(Writer& writer, const KeyPath& path, const RegistryKey& key)
 {
     if (!writer.addKey(path)) {
-        tell(path.text() +
-             " and what is below it is not exported: its name does not fit into a file");
+        report(path.text() +
+               " and what is below it is not exported: its name does not fit into a file");
         return false;
     }
     visitValues(key, [&](const std::string& name, const RawValue& value) {
         if (!writer.addValue(name, value.kind, value.data))
-            tell("\"" + name + "\" in " + path.text() + " is not exported: type " +
-                 std::to_string(value.kind));
+            report("\"" + name + "\" in " + path.text() + " is not exported: type " +
+                   std::to_string(value.kind));
     });
     return true;
 }
 
-// Keys still to be exported stand in a list, so that depth does no harm.
+// A walk in pre-order on an explicit stack, so that depth does no harm. The names are pushed from
+// the last one, to come out in their order.
 std::string exportTree(const KeyPath& top, Format format)
 {
     openExisting(top);
@@ -277,7 +282,7 @@ std::string exportTree(const KeyPath& top, Format format)
         waiting.pop_back();
         const RegistryKey key = openKey(path, false);
         if (!key.valid()) {
-            tell(path.text() + " is not exported: it cannot be read");
+            report(path.text() + " is not exported: it cannot be read");
             continue;
         }
         if (!exportKey(writer, path, key))
@@ -301,6 +306,7 @@ void exportTo(const std::string& file, const KeyPath& path, Format format)
         throw Failure("cannot write " + file);
 }
 
+// True if the store is now as the change wants it; removing what is not there has succeeded.
 bool apply(const Change& change, const KeyPath& path)
 {
     if (change.kind == Change::Kind::RemoveKey)
@@ -323,6 +329,7 @@ void importFrom(const std::string& file)
     const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
     if (!stream.is_open() || stream.bad())
         throw Failure("cannot read " + file);
+    // The whole file is parsed before the first change, so that a faulty one changes nothing.
     Content content;
     try {
         content = parse(bytes);
@@ -330,8 +337,8 @@ void importFrom(const std::string& file)
         throw Failure(file + ", " + fault.what() + "; nothing was changed");
     }
     for (const Change& change : content.unknown)
-        tell(file + ", line " + std::to_string(change.line) + ": \"" + change.name +
-             "\" is not imported: type " + std::to_string(change.type));
+        report(file + ", line " + std::to_string(change.line) + ": \"" + change.name +
+               "\" is not imported: type " + std::to_string(change.type));
     for (const Change& change : content.changes) {
         const KeyPath& path = content.keys[change.key];
         if (!apply(change, path))
@@ -379,7 +386,7 @@ int main(int count, char** arguments)
         std::fputs(Usage, stderr);
         return 2;
     } catch (const std::exception& error) {
-        tell(error.what());
+        report(error.what());
         return 1;
     }
 }

@@ -16,6 +16,10 @@ namespace {
 // In lower case.
 using Labels = std::set<std::string>;
 
+// A cache that is published once: null until some thread has read the settings; the set it points
+// to is never changed afterwards, so whoever has the pointer reads without a lock. Only release()
+// takes it back, and leaves the set alone while a DebugSender::Use says that some thread may be in
+// it.
 std::atomic<const Labels*> s_labels{nullptr};
 
 Labels readFrom(Registry::Hive hive)

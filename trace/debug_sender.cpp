@@ -12,6 +12,17 @@
 #include <utility>
 #include <vector>
 
+// Any number of threads send without a lock of this process; what they share is guarded thus:
+// - s_link is a state machine. Unknown -> Connecting -> Open or Closed, Open -> Lost, and end() to
+//   Closed from everywhere; each step is one compare-exchange, so one thread alone opens the
+//   channel.
+// - s_block, s_receiverFound and what the platform has opened are written while the link is
+//   Connecting, by the thread that made it so. Whoever has read Open afterwards may read them.
+// - The block's content and s_postponed belong to the thread that has taken the block: a
+// system-wide
+//   lock that the receiver knows, too.
+// - s_users counts the threads between a Use and its end. end() closes the link first and looks at
+//   the count then: at 0 nobody can come to what it frees; otherwise the system frees it.
 namespace Tools::DebugSender {
 
 std::atomic<Link> s_link{Link::Unknown};
@@ -65,7 +76,7 @@ std::string_view putPiece(std::string_view text)
     const std::size_t size = isLine ? lineFeed + 1 : head.size();
     std::memcpy(s_block, text.data(), size);
     s_block[size] = '\0';
-    // Behind the first bytes of an overlong line everything is dropped, further lines as well.
+    // After the first bytes of an overlong line everything is dropped, further lines as well.
     return isLine ? text.substr(size) : std::string_view();
 }
 
@@ -79,7 +90,7 @@ void sendPieces(std::string_view text)
     }
 }
 
-// Sends one message, and then what this thread is asked to send meanwhile.
+// Holds the block: sends one message, and then what this thread is asked to send meanwhile.
 class Delivery {
 public:
     Delivery() { s_postponed = &m_postponed; }

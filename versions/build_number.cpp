@@ -17,13 +17,14 @@ struct Date {
     int year;
 };
 
-// Eight digits that pass as day, month and year: the first at most 3, the third at most 1.
+// The pattern [0-3][0-9][01][0-9]{5}, a day, a month and a year as far as single digits show.
 bool isDate(std::string_view digits)
 {
     return digits[0] <= '3' && digits[2] <= '1';
 }
 
-// The first place in `text` where a build date stands, or npos.
+// One pass: `digits` counts the run up to here, and each full window of it is looked at, because an
+// overlong run may hold a date at its end. The first position of a build date in `text`, or npos.
 std::size_t findDate(std::string_view text)
 {
     std::size_t digits = 0;
@@ -75,6 +76,8 @@ const std::string& BuildNumber::getDdMmYyyy() const
     return m_text;
 }
 
+// No order in the mathematical sense, as the header says; the others are made of it and stay
+// consistent with it, not with each other.
 bool BuildNumber::operator<(const BuildNumber& other) const
 {
     const Date a = readDate(m_text);

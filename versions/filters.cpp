@@ -6,6 +6,7 @@
 
 namespace Tools::Filters {
 
+// Initialised by constants: a program's static objects may use them in their constructors.
 constinit const char* const GirderGrillage = "GIRDER_GRILLAGE";
 constinit const char* const Slab = "SLAB";
 constinit const char* const Membrane = "MEMBRANE";
@@ -28,6 +29,7 @@ struct Row {
     const char* text;
 };
 
+// In the order of the numbers, so that a known kind is its own index.
 const std::array<Row, 6>& rows()
 {
     static const std::array<Row, 6> table = {{{Kind::GirderGrillage, GirderGrillage},
@@ -85,6 +87,7 @@ bool isRepresentable(Kind model, Kind program)
 {
     if (!isKnown(model) || !isKnown(program))
         return false;
+    // A spatial system holds every model, a spatial frame a plane one too.
     return model == program || program == Kind::System3D ||
            (model == Kind::Frame2D && program == Kind::Frame3D);
 }
@@ -94,9 +97,6 @@ bool isRepresentable(const std::string& model, const std::string& program)
     return isRepresentable(toKind(model), toKind(program));
 }
 
-Minor::Minor() = default;
-Minor::Minor(const Minor&) = default;
-Minor& Minor::operator=(const Minor&) = default;
 Minor::~Minor() = default;
 
 std::unique_ptr<Minor> Minor::create(const std::string& name)
@@ -125,9 +125,6 @@ bool Minor::areEqual(const Minor* a, const Minor& b)
 
 namespace Minors {
 
-Building3d::Building3d() = default;
-Building3d::Building3d(const Building3d&) = default;
-Building3d& Building3d::operator=(const Building3d&) = default;
 Building3d::~Building3d() = default;
 
 std::unique_ptr<Minor> Building3d::clone() const
@@ -162,16 +159,11 @@ Pack::Pack(Kind kind, std::unique_ptr<Minor> minor) : m_kind(kind), m_minor(std:
 
 Pack::Pack(const Pack& other) : Pack(other.m_kind, other.m_minor.get()) {}
 
-Pack::Pack(Pack&& other) noexcept = default;
-
+// Copied first, then moved: a clone that throws leaves this pack as it was.
 Pack& Pack::operator=(const Pack& other)
 {
     return *this = Pack(other);
 }
-
-Pack& Pack::operator=(Pack&& other) noexcept = default;
-
-Pack::~Pack() = default;
 
 Kind Pack::getKind() const
 {

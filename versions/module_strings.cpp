@@ -66,9 +66,14 @@ private:
     std::uint64_t m_size;
 };
 
-// A Windows module: where its resources lie in the file and in memory.
+// A Windows module (the PE format): where its resources lie in the file and in memory. Every offset
+// comes from the file and may be wrong: reads outside of the file give nothing, numbers outside of
+// what was read give 0, and no loop runs longer than what was read.
 class PortableExecutable {
 public:
+    // The file header's offset is at 0x3C; 4 bytes of signature and 20 of header come before the
+    // optional header, and after that one the table of sections, 40 bytes each. The optional
+    // header ends in a list of directories, whose third is that of the resources.
     explicit PortableExecutable(ModuleFile& file) : m_file(file)
     {
         constexpr std::uint32_t Signature = 0x00004550; // "PE", 0, 0
@@ -85,7 +90,8 @@ public:
             m_resources = offsetOf(read32(optional, directories + 16));
     }
 
-    // The first version resource; empty if there is none.
+    // The first version resource; empty if there is none. Resources are a tree of three levels:
+    // type, name, language.
     Bytes versionResource() const
     {
         if (!m_resources)
@@ -105,7 +111,7 @@ public:
 private:
     static constexpr std::uint32_t Subdirectory = 0x80000000;
 
-    // Where in the file a place of the loaded module comes from.
+    // Where in the file an address of the loaded module comes from.
     std::optional<std::uint64_t> offsetOf(std::uint32_t address) const
     {
         for (std::size_t section = 0; section + 40 <= m_sections.size(); section += 40) {
@@ -136,8 +142,8 @@ private:
     std::optional<std::uint64_t> m_resources;
 };
 
-// One block of a version resource: header, key, value, inner blocks. All offsets are those of the
-// whole resource, and each is inside it.
+// One node of the version resource's tree: header, key, value, inner blocks. All offsets are those
+// of the whole resource, and each is inside it.
 struct Block {
     std::size_t end = 0;
     std::u16string key;
@@ -150,7 +156,7 @@ std::size_t aligned(std::size_t offset)
     return (offset + 3) & ~static_cast<std::size_t>(3);
 }
 
-// Units up to the first NUL or to `end`; `offset` moves behind the NUL.
+// Units up to the first NUL or to `end`; `offset` moves past the NUL.
 std::u16string readUnits(const Bytes& bytes, std::size_t& offset, std::size_t end)
 {
     std::u16string text;
@@ -229,6 +235,8 @@ std::vector<ModuleString> readResourceStrings(const Bytes& bytes)
 constexpr char SectionName[] = ".mdtools.version";
 constexpr char SectionMark[] = "MdTools version 1";
 
+// Only 64-bit little-endian files are read. Their header has the offset of the section table at 40,
+// the number of sections at 60, and at 62 which of them holds the sections' names.
 Bytes findSection(ModuleFile& file)
 {
     const Bytes header = file.read(0, 64);

@@ -33,7 +33,8 @@ bool takeString(const std::vector<ModuleString>& all, const std::string& languag
     return true;
 }
 
-// The strings of the first language that has all three.
+// The strings of the first language that has all three. One that lacks some has left others in
+// `strings` by then; those count only if a later language overwrites them all.
 bool findStrings(const std::vector<ModuleString>& all, const std::vector<std::string>& languages,
                  Found& strings)
 {

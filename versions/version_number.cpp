@@ -21,8 +21,9 @@ std::size_t skipDigits(std::string_view text, std::size_t position)
     return position;
 }
 
+// The leftmost match of [1-9][0-9]+\.[0-9]+, in one pass; std::regex would recurse on long texts.
 // Every run of digits is looked at once: the major is what follows the zeros at its front, and must
-// reach to a point with a digit behind it.
+// reach to a point with a digit after it.
 std::optional<Match> findVersion(std::string_view text)
 {
     std::size_t position = 0;

@@ -17,6 +17,8 @@ bool VersionText::ValidVersionTexts::isValid(const std::string& text) const
     return std::find(m_texts.begin(), m_texts.end(), text) != m_texts.end();
 }
 
+// A text that is not listed is found at the end, after every known one; so only `b` has to be
+// known.
 bool VersionText::ValidVersionTexts::isLess(const std::string& a, const std::string& b) const
 {
     const auto first = std::find(m_texts.begin(), m_texts.end(), a);

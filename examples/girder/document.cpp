@@ -13,6 +13,7 @@ std::string describe(const PointLoad& load)
     return toText(load.force) + " kN at " + toText(load.position) + " m";
 }
 
+// An edit is a pair of functions on a span, one the other's inverse; undo keeps both.
 auto insertPointLoad(std::size_t index, const PointLoad& load)
 {
     return [index, load](Span& span) {
@@ -50,14 +51,16 @@ void Document::setLoad(std::size_t index, double load)
 
 void Document::addPointLoad(std::size_t index, const PointLoad& load)
 {
-    const std::size_t place = span(index).loads.points.size();
-    edit(index, "add " + describe(load), insertPointLoad(place, load), erasePointLoad(place));
+    const std::size_t loadIndex = span(index).loads.points.size();
+    edit(index, "add " + describe(load), insertPointLoad(loadIndex, load),
+         erasePointLoad(loadIndex));
 }
 
-void Document::removePointLoad(std::size_t index, std::size_t place)
+void Document::removePointLoad(std::size_t index, std::size_t loadIndex)
 {
-    const PointLoad load = span(index).loads.points[place];
-    edit(index, "remove " + describe(load), erasePointLoad(place), insertPointLoad(place, load));
+    const PointLoad load = span(index).loads.points[loadIndex];
+    edit(index, "remove " + describe(load), erasePointLoad(loadIndex),
+         insertPointLoad(loadIndex, load));
 }
 
 void Document::edit(std::size_t index, const std::string& what, std::function<void(Span&)> change,

@@ -24,7 +24,7 @@ private:
 };
 
 // A model that is being edited. Every edit becomes a command that can be undone, and its doing,
-// undoing and redoing is told to the views with a SpanChanged. One thread only.
+// undoing and redoing is notified to the views with a SpanChanged. One thread only.
 //
 // Spans and point loads are counted from 0; they must be there. Values are those that a model may
 // have, which the caller checks.
@@ -41,7 +41,7 @@ public:
     void setLength(std::size_t index, double length);
     void setLoad(std::size_t index, double load);
     void addPointLoad(std::size_t index, const PointLoad& load);
-    void removePointLoad(std::size_t index, std::size_t place);
+    void removePointLoad(std::size_t index, std::size_t loadIndex);
 
     // The edits until endGroup() are undone and redone as one. Groups do not nest.
     void beginGroup(const std::string& description);

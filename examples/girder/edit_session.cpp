@@ -14,7 +14,7 @@ namespace Girder {
 
 namespace {
 
-// A line that cannot be carried out; what() tells the user why.
+// A line that cannot be carried out; what() says why, for the user.
 class Fault : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

@@ -14,7 +14,7 @@ namespace Girder {
 // were asked for, reportUnknown() names those that nobody wanted. Refers to record and remarks.
 class Entries {
 public:
-    // `path` is the record's own place in the file, empty for the whole.
+    // `path` is where the record is in the file, empty for the whole.
     Entries(const Tools::Smart::Record& record, const std::string& path, Remarks& remarks);
 
     std::string text(const std::string& name);

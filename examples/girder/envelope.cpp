@@ -4,9 +4,9 @@
 
 namespace Girder {
 
-void Bounds::add(double value, double place)
+void Bounds::add(double value, double firstAxle)
 {
-    add({value, place, value, place});
+    add({value, firstAxle, value, firstAxle});
 }
 
 void Bounds::add(const Bounds& later)
@@ -47,7 +47,7 @@ EnvelopeSolver::EnvelopeSolver(const Model& model, int stations, int positions)
     }
 }
 
-double EnvelopeSolver::placeOf(int position) const
+double EnvelopeSolver::firstAxleAt(int position) const
 {
     double trainLength = 0.0;
     for (const Axle& axle : m_model.train)
@@ -55,16 +55,16 @@ double EnvelopeSolver::placeOf(int position) const
     return (m_length + trainLength) * position / (m_positions - 1);
 }
 
-std::vector<Loads> EnvelopeSolver::loadsAt(double place) const
+std::vector<Loads> EnvelopeSolver::loadsAt(double firstAxle) const
 {
     std::vector<Loads> loads(m_model.spans.size());
     for (const Axle& axle : m_model.train) {
-        const double x = place - axle.distance;
+        const double x = firstAxle - axle.distance;
         if (x < 0.0 || x > m_length)
             continue;
         const auto next = std::upper_bound(m_starts.begin(), m_starts.end(), x);
         const auto span = static_cast<std::size_t>(next - m_starts.begin()) - 1;
-        // The start of a span is a rounded sum, so an axle near its end may come out behind it.
+        // The start of a span is a rounded sum, so an axle near its end may come out beyond it.
         const double within = std::min(x - m_starts[span], m_model.spans[span].length);
         loads[span].points.push_back({within, axle.force});
     }
@@ -82,19 +82,19 @@ Envelope EnvelopeSolver::makeEmpty() const
 
 void EnvelopeSolver::add(int position, Envelope& envelope) const
 {
-    const double place = placeOf(position);
-    const Solution solution = m_solver.solve(loadsAt(place));
+    const double firstAxle = firstAxleAt(position);
+    const Solution solution = m_solver.solve(loadsAt(firstAxle));
     for (std::size_t i = 0; i < envelope.reactions.size(); ++i)
-        envelope.reactions[i].add(solution.reactions[i], place);
+        envelope.reactions[i].add(solution.reactions[i], firstAxle);
     for (std::size_t i = 0; i < solution.spans.size(); ++i) {
         const SpanLine& line = solution.spans[i];
         for (int j = 0; j <= m_stations; ++j) {
             const double x = line.stationAt(j, m_stations);
             StationBounds& bounds = envelope.spans[i][static_cast<std::size_t>(j)];
-            bounds.moment.add(line.moment(x), place);
-            bounds.shear.add(line.shearBefore(x), place);
-            bounds.shear.add(line.shear(x), place);
-            bounds.deflection.add(line.deflection(x), place);
+            bounds.moment.add(line.moment(x), firstAxle);
+            bounds.shear.add(line.shearBefore(x), firstAxle);
+            bounds.shear.add(line.shear(x), firstAxle);
+            bounds.deflection.add(line.deflection(x), firstAxle);
         }
     }
 }

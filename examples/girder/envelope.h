@@ -8,7 +8,7 @@
 namespace Girder {
 
 // The least and the greatest value of a quantity while a train of axles runs over the girder, and
-// where the first axle stood then, from the left end of the girder. Of equal values the first one
+// where the first axle was then, from the left end of the girder. Of equal values the first one
 // added stays, so that adding positions in parts, in their order, gives the same bits as adding
 // them all at once.
 struct Bounds {
@@ -19,7 +19,7 @@ struct Bounds {
 
     bool operator==(const Bounds& other) const = default;
 
-    void add(double value, double place);
+    void add(double value, double firstAxle);
     void add(const Bounds& later);
 };
 
@@ -39,12 +39,12 @@ struct Envelope {
 
     bool operator==(const Envelope& other) const = default;
 
-    // `later` holds positions behind those of this one, for the same girder and stations.
+    // `later` holds positions after those of this one, for the same girder and stations.
     void add(const Envelope& later);
 };
 
 // Moves the model's train over the girder, whose own loads do not count, from the position where
-// the first axle stands on the left end to the one where the last axle stands on the right end.
+// the first axle is on the left end to the one where the last axle is on the right end.
 // Several threads may call it at once.
 class EnvelopeSolver {
 public:
@@ -53,15 +53,15 @@ public:
     EnvelopeSolver(const Model& model, int stations, int positions);
 
     int positions() const { return m_positions; }
-    // Where the first axle stands, from the left end of the girder.
-    double placeOf(int position) const;
+    // Where the first axle is, from the left end of the girder.
+    double firstAxleAt(int position) const;
 
     Envelope makeEmpty() const;
     // Adds one position, 0 to positions() - 1, to an envelope of this solver.
     void add(int position, Envelope& envelope) const;
 
 private:
-    std::vector<Loads> loadsAt(double place) const;
+    std::vector<Loads> loadsAt(double firstAxle) const;
 
     const Model& m_model;
     Solver m_solver;

@@ -15,7 +15,7 @@ using Tools::Smart::Sequence;
 
 constexpr double Millimetres = 1000.0;
 
-double placeOf(const Span& span, const std::vector<StationBounds>& stations, std::size_t i)
+double positionOf(const Span& span, const std::vector<StationBounds>& stations, std::size_t i)
 {
     return span.length * static_cast<double>(i) / static_cast<double>(stations.size() - 1);
 }
@@ -28,7 +28,7 @@ void printSpan(const Span& span, std::size_t number, const std::vector<StationBo
     const auto text = [&](double value) { return toListText(value, format); };
     for (std::size_t i = 0; i < stations.size(); ++i) {
         const StationBounds& bounds = stations[i];
-        table.add({"", text(placeOf(span, stations, i)), text(bounds.moment.minimum),
+        table.add({"", text(positionOf(span, stations, i)), text(bounds.moment.minimum),
                    text(bounds.moment.maximum), text(bounds.shear.minimum),
                    text(bounds.shear.maximum), text(bounds.deflection.minimum * Millimetres),
                    text(bounds.deflection.maximum * Millimetres)});
@@ -50,7 +50,7 @@ Record recordOf(const Span& span, const std::vector<StationBounds>& stations)
     Sequence sequence;
     for (std::size_t i = 0; i < stations.size(); ++i) {
         sequence.push_back(Record()
-                               .setReal("x", placeOf(span, stations, i))
+                               .setReal("x", positionOf(span, stations, i))
                                .setRecord("moment", recordOf(stations[i].moment))
                                .setRecord("shear", recordOf(stations[i].shear))
                                .setRecord("deflection", recordOf(stations[i].deflection)));

@@ -12,8 +12,8 @@ namespace Girder {
 void printEnvelope(const Model& model, const Envelope& envelope, const NumberFormat& format,
                    std::ostream& out);
 
-// Stores it as a record, in the units of the model, with the places of the first axle. False if the
-// file cannot be written.
+// Stores it as a record, in the units of the model, with the positions of the first axle. False if
+// the file cannot be written.
 bool writeEnvelope(const Model& model, const Envelope& envelope, const std::string& file);
 
 // False if some number was too large or too small to compute with.

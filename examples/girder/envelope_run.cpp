@@ -44,8 +44,9 @@ private:
     Tools::ProgressMessenger& m_messenger;
 };
 
-// What the thread in the background and the one that waits for it share. References are used only
-// until it is finished, as long as the waiting thread stays.
+// What the thread in the background and the one that waits for it share. The background thread
+// alone writes `envelope` and `isComplete`, before it sets `isFinished`; the other one reads them
+// after that. The references are used until then only, and so long the waiting thread stays.
 struct Task {
     Task(const EnvelopeSolver& theSolver, Tools::CancelHandler& theCancel,
          Tools::WindowHandle window)

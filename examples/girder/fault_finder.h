@@ -4,7 +4,7 @@
 
 namespace Girder {
 
-// The first place where a text is no record.
+// Where a text stops being a record.
 struct Fault {
     std::string entry; // such as "spans[2].length"; empty before the first entry
     int line = 1;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 namespace Girder {
 
@@ -12,7 +11,7 @@ std::string workDirectory(const std::string& configured);
 // `name` in `directory`, with that directory's kind of slash; the name alone if that is empty.
 std::string joinPath(const std::string& directory, const std::string& name);
 
-// The directory that `file` stands in, as it holds in every directory.
+// The directory of `file`, valid whatever the current directory is.
 std::string directoryOf(const std::string& file);
 
 // A file of the program for this model: named like it, in `directory`, or beside the model if that
@@ -33,7 +32,7 @@ struct JobFiles {
     JobFiles(const std::string& model, const std::string& results, const std::string& directory,
              const std::string& extension = "result");
 
-    // Copies them into a new folder in `directory`, named like the model, with a number behind if
+    // Copies them into a new folder in `directory`, named like the model, followed by a number if
     // there is such a folder already. Its path, or empty if something could not be copied.
     std::string archiveIn(const std::string& directory) const;
 };

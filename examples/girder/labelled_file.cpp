@@ -80,7 +80,7 @@ void writeExtremes(const Extremes& extremes, FileOutput& output)
 
 bool writeLabelledResults(const Results& results, const std::string& file)
 {
-    // The writer does not tell of failures, so an older file must not pass for the new one.
+    // The writer does not report failures, so an older file must not pass for the new one.
     Tools::File::remove(file);
     {
         FileOutput output(file);

@@ -12,6 +12,7 @@ namespace {
 constexpr double Millimetres = 1000.0;
 constexpr double Percent = 100.0;
 
+// The parts of the listing, each a table.
 class Listing {
 public:
     Listing(const Results& results, const NumberFormat& format, std::ostream& out)

@@ -1,6 +1,5 @@
 #include "program.h"
-
-#include "platform/console.h"
+#include "terminal.h"
 
 #include <iostream>
 
@@ -8,5 +7,5 @@ int main(int argc, char** argv)
 {
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     return static_cast<int>(
-        Girder::run(arguments, {std::cin, std::cout, std::cerr, Tools::Platform::isTerminal()}));
+        Girder::run(arguments, {std::cin, std::cout, std::cerr, Girder::isTerminal()}));
 }

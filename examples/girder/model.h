@@ -39,7 +39,7 @@ struct Span {
 // An end of the girder is hinged or fixed; over interior supports the girder runs through.
 enum class Support { Hinged, Fixed, Interior };
 
-// An axle of a train, at a distance behind the first one.
+// An axle of a train, at a distance after the first one.
 struct Axle {
     double distance = 0.0;
     double force = 0.0;

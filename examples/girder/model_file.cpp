@@ -133,8 +133,8 @@ Span ModelReader::readSpan(const Record& record, const std::string& path)
     span.stiffness = readStiffness(entries, span.length);
     span.loads.uniform = entries.number("load");
     if (entries.has("pointLoads")) {
-        forEach(entries, "pointLoads", [&](const Record& one, const std::string& place, bool) {
-            span.loads.points.push_back(readPointLoad(one, place, span.length));
+        forEach(entries, "pointLoads", [&](const Record& one, const std::string& loadPath, bool) {
+            span.loads.points.push_back(readPointLoad(one, loadPath, span.length));
         });
     }
     if (entries.has("reinforcement") || entries.has("depth")) {

@@ -14,13 +14,15 @@ namespace {
 
 constexpr int Columns = 72;
 constexpr int Rows = 25;
-constexpr int PlacesPerColumn = 4;
+constexpr int PointsPerColumn = 4;
 constexpr char Axis = '-';
 constexpr char Line = '*';
 constexpr char Filling = ':';
 constexpr char Held = 'A';
 constexpr char Fixed = '#';
 
+// A raster of characters: a column is filled between the axis and the line, and marked where the
+// line passes through it, which several points a column find also where it is steep.
 class Drawing {
 public:
     explicit Drawing(const Model& model)
@@ -83,7 +85,7 @@ private:
     void addMoments(double start, const SpanLine& line)
     {
         const int count =
-            static_cast<int>(PlacesPerColumn * Columns * line.length() / m_length) + 1;
+            static_cast<int>(PointsPerColumn * Columns * line.length() / m_length) + 1;
         for (int i = 0; i <= count; ++i) {
             const double x = line.stationAt(i, count);
             const double moment = line.moment(x);

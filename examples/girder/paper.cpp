@@ -11,7 +11,7 @@ std::string print(const PrintJob& job)
     const std::string installation = Tools::getInstallationDirectory(false);
     if (installation.empty())
         return "there is no print tool: the settings name no installation directory";
-    // The job itself does not tell whether it finds its tool.
+    // The job itself does not report whether it finds its tool.
     const std::string tool = installation + "\\Tools\\MdPrint.Exe";
     if (!Tools::File::exists(tool))
         return "there is no print tool: " + tool + " is missing";

@@ -63,6 +63,8 @@ std::string ownName()
     return info.getProductName() + ' ' + info.getVersion();
 }
 
+// One run of the program: the settings are read once, at its beginning, and every command reports
+// through fail() or wrongUsage(), which write to the console and to the log.
 class Program {
 public:
     explicit Program(const Console& console)
@@ -247,7 +249,7 @@ std::string Program::writeListing(const std::string& file, Model& model)
         fail(listing, "cannot be written");
         return "";
     }
-    // What the other program shows comes behind it.
+    // What the other program shows comes after it.
     m_out << "Listing: " << listing << std::endl;
     return listing;
 }

@@ -31,7 +31,7 @@ private:
     std::uint64_t m_minimum = 0;
     std::uint64_t m_maximum = 0;
     std::uint64_t m_position = 0;
-    std::size_t m_width = 0; // of what stands on the line
+    std::size_t m_width = 0; // of what is on the line
 };
 
 }

@@ -11,7 +11,7 @@ template <class Function>
 double integral(double a, double b, Function function)
 {
     struct Point {
-        double place;
+        double position;
         double weight;
     };
     static constexpr std::array<Point, 4> points = {{{0.1834346424956498, 0.3626837833783620},
@@ -22,7 +22,7 @@ double integral(double a, double b, Function function)
     const double half = 0.5 * (b - a);
     double sum = 0.0;
     for (const Point& point : points) {
-        const double offset = half * point.place;
+        const double offset = half * point.position;
         sum += point.weight * (function(middle - offset) + function(middle + offset));
     }
     return half * sum;

@@ -35,7 +35,7 @@ bool readRecord(const std::string& text, Tools::Smart::Record& record, Remarks& 
         if (isWholeRecord(text, record))
             return true;
     } catch (const Tools::Smart::WrongToken&) {
-        // The exception tells what was wrong, but not where.
+        // The exception says what was wrong, but not where.
     }
     const Fault fault = findFault(text);
     remarks.error(fault.entry, "line " + std::to_string(fault.line) + ": " + fault.text);

@@ -10,7 +10,7 @@ namespace Girder {
 
 // Reads the one record that makes up the text of a file. Unlike the record's own reader, which
 // takes what it got when a text ends early or holds a malformed word, this one wants the whole of
-// it. Otherwise the fault becomes an error remark on the entry and the line where it stands, and
+// it. Otherwise the fault becomes an error remark on the entry and its line, and
 // the result is false.
 bool readRecord(const std::string& text, Tools::Smart::Record& record, Remarks& remarks);
 

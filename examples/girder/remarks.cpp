@@ -22,8 +22,8 @@ void Remarks::error(const std::string& entry, const std::string& text)
 // Words of the file are quoted in remarks, and may hold line breaks.
 void Remarks::record(Tools::Record::Level level, const std::string& entry, const std::string& text)
 {
-    const std::string place = m_file + ": " + (entry.empty() ? "" : entry + ": ");
-    m_recorder.record(Tools::Record(level, Tools::replaceAny(place + text, "\n\r\t", ' ')));
+    const std::string prefix = m_file + ": " + (entry.empty() ? "" : entry + ": ");
+    m_recorder.record(Tools::Record(level, Tools::replaceAny(prefix + text, "\n\r\t", ' ')));
 }
 
 std::vector<std::string> Remarks::lines() const

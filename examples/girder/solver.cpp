@@ -38,7 +38,8 @@ Solver::Solver(const Model& model)
     eliminate();
 }
 
-// The equations are dominated by their diagonal, so no row ever needs to change places.
+// The Thomas algorithm: an LU factorisation of a tridiagonal matrix, kept for all loadings. The
+// equations are dominated by their diagonal, so no rows ever need to be exchanged.
 void Solver::eliminate()
 {
     for (std::size_t i = 1; i < m_rows.size(); ++i) {

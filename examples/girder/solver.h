@@ -17,7 +17,7 @@ struct Solution {
 // A continuous girder on unyielding supports by the force method: the moments over the supports are
 // the unknowns, the continuity of the tangent there gives the equations. The left side of the
 // equations is formed once, any number of loadings can be solved with it, by several threads too.
-// Values that are no longer finite mean that the model's numbers are too large or too small.
+// Values that are not finite mean that the model's numbers are too large or too small.
 class Solver {
 public:
     // It has one span at least, one support more than spans,

@@ -142,9 +142,9 @@ double SpanLine::stationAt(int i, int count) const
 
 const SpanLine::Piece& SpanLine::pieceAt(double x) const
 {
-    const auto after =
-        std::upper_bound(m_pieces.begin(), m_pieces.end(), x,
-                         [](double place, const Piece& piece) { return place < piece.start; });
+    const auto after = std::upper_bound(
+        m_pieces.begin(), m_pieces.end(), x,
+        [](double position, const Piece& piece) { return position < piece.start; });
     return after == m_pieces.begin() ? m_pieces.front() : *(after - 1);
 }
 
@@ -160,10 +160,10 @@ double SpanLine::shear(double x) const
 
 double SpanLine::shearBefore(double x) const
 {
-    const auto behind =
-        std::lower_bound(m_pieces.begin(), m_pieces.end(), x,
-                         [](const Piece& piece, double place) { return piece.start < place; });
-    return shearIn(behind == m_pieces.begin() ? m_pieces.front() : *(behind - 1), x);
+    const auto next = std::lower_bound(
+        m_pieces.begin(), m_pieces.end(), x,
+        [](const Piece& piece, double position) { return piece.start < position; });
+    return shearIn(next == m_pieces.begin() ? m_pieces.front() : *(next - 1), x);
 }
 
 double SpanLine::slope(double x) const

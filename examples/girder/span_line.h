@@ -34,16 +34,16 @@ public:
     void setEndMoments(double left, double right);
 
     double length() const { return m_length; }
-    // The place of the i-th of `count` equal intervals' ends, 0 to count.
+    // The position of the i-th of `count` equal intervals' ends, 0 to count.
     double stationAt(int i, int count) const;
     double leftReaction() const { return m_leftReaction; }
     double rightReaction() const { return m_rightReaction; }
 
-    // At a distance from the left end within the span. Where a force stands, the shear is that just
+    // At a distance from the left end within the span. At a force the shear is that just
     // right of it; over the right support it is that just left of the support.
     double moment(double x) const;
     double shear(double x) const;
-    // Just left of a force that stands at x.
+    // Just left of a force at x.
     double shearBefore(double x) const;
     double slope(double x) const;
     double deflection(double x) const;

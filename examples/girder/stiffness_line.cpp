@@ -9,6 +9,8 @@ namespace Girder {
 
 namespace {
 
+// Of the values at the ends of a piece: so much the quadrature rule follows without an error that
+// shows.
 constexpr double GreatestRatio = 1.5;
 
 }
@@ -16,15 +18,15 @@ constexpr double GreatestRatio = 1.5;
 StiffnessLine::StiffnessLine(const Span& span)
 {
     Tools::Table table;
-    std::vector<double> places = {0.0, span.length};
+    std::vector<double> positions = {0.0, span.length};
     for (const StiffnessPoint& point : span.stiffness) {
         table.addPair(point.position, point.value);
         if (point.position > 0.0 && point.position < span.length)
-            places.push_back(point.position);
+            positions.push_back(point.position);
     }
-    std::sort(places.begin(), places.end());
-    for (const double place : places)
-        addUpTo({place, table.getValue(place)});
+    std::sort(positions.begin(), positions.end());
+    for (const double position : positions)
+        addUpTo({position, table.getValue(position)});
 }
 
 // In equal steps of the ratio: what matters is the change relative to the value itself.
@@ -37,9 +39,9 @@ void StiffnessLine::addUpTo(const StiffnessPoint& point)
         for (int i = 1; i < steps; ++i) {
             const double value = last.value * std::exp(ratio * i / steps);
             const double share = (value - last.value) / (point.value - last.value);
-            const double place = std::lerp(last.position, point.position, share);
-            if (place > m_points.back().position && place < point.position)
-                m_points.push_back({place, value});
+            const double position = std::lerp(last.position, point.position, share);
+            if (position > m_points.back().position && position < point.position)
+                m_points.push_back({position, value});
         }
     }
     m_points.push_back(point);
@@ -47,9 +49,9 @@ void StiffnessLine::addUpTo(const StiffnessPoint& point)
 
 double StiffnessLine::at(double x) const
 {
-    const auto next =
-        std::upper_bound(m_points.begin() + 1, m_points.end() - 1, x,
-                         [](double place, const StiffnessPoint& p) { return place < p.position; });
+    const auto next = std::upper_bound(
+        m_points.begin() + 1, m_points.end() - 1, x,
+        [](double position, const StiffnessPoint& p) { return position < p.position; });
     const StiffnessPoint& start = *(next - 1);
     const double share = (x - start.position) / (next->position - start.position);
     return std::lerp(start.value, next->value, share);

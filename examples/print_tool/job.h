@@ -16,7 +16,7 @@ struct Job {
     bool deleteParameterFile = false;
 };
 
-// Throws std::runtime_error, naming file and place, where the file cannot be read or is none.
+// Throws std::runtime_error, naming file and position, where the file cannot be read or is none.
 Job readJob(const std::string& parameterFile);
 
 }

@@ -38,7 +38,7 @@ void printFile(Document& document, const std::string& name, bool oem)
     std::ifstream stream(name, std::ios::binary);
     if (!stream)
         throw std::runtime_error(name + ": cannot be read");
-    // Tables stay whole: what stands between empty lines or form feeds is a block.
+    // Tables stay whole: what is between empty lines or form feeds is a block.
     std::vector<std::string> block;
     const auto endBlock = [&] {
         document.addBlock(block);

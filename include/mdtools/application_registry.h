@@ -77,7 +77,7 @@ public:
     virtual std::string getRelPath() const = 0;
     virtual Registry::Hive getHive() const = 0;
 
-    // An empty `sub` stands for the folder itself in all of these; else a folder below it.
+    // An empty `sub` means the folder itself in all of these; else a folder below it.
     // Relative paths begin below "SOFTWARE\MERODA", absolute ones below the hive.
     std::string composeRelPath(const std::string& sub) const;
     std::string composeAbsPath(const std::string& sub) const;
@@ -124,8 +124,8 @@ public:
     mdt::Nullable<std::uint32_t> readDWord(const std::string& name) const;
 
     // Integers and booleans are stored as String or as DWord, and found only as the type they were
-    // written with; any other type reads empty and writes nothing. Behind the number in a text
-    // nothing may follow. Every number but 0 is true.
+    // written with; any other type reads empty and writes nothing. In a text nothing
+    // may follow the number. Every number but 0 is true.
     mdt::Nullable<int> readInt(const std::string& name, RegistryValue::Type type) const;
     mdt::Nullable<bool> readBool(const std::string& name, RegistryValue::Type type) const;
 

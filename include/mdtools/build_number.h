@@ -7,7 +7,7 @@
 namespace Tools {
 
 // A build date written DDMMYYYY somewhere in a text: two digits of day (00 to 39), two of month (00
-// to 19) and four of year. The leftmost such run of digits counts, whatever stands around it; days
+// to 19) and four of year. The leftmost such run of digits counts, whatever is around it; days
 // and months are not checked against the calendar. A value; the text is kept as given.
 class MDTOOLS_API BuildNumber {
 public:

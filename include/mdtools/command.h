@@ -38,7 +38,7 @@ public:
 protected:
     Command(const std::string& description, bool reversible);
     // Not reversible, without description.
-    Command();
+    Command() = default;
     explicit Command(bool reversible);
     Command(const Command&);
     Command& operator=(const Command&);
@@ -49,8 +49,8 @@ private:
     friend class GroupCommand;
 
     bool m_reversible = false;
-    // Both belong to the object and are not copied: whether to look if this is a group, and in how
-    // many entries of lists it stands.
+    // Both belong to the object and are not copied: whether to look if this is a group, and how
+    // many entries of lists hold it.
     bool m_mayBeGroup = false;
     int m_entries = 0;
     std::string m_description;
@@ -64,8 +64,8 @@ public:
 protected:
     explicit ReversibleCommand(const std::string& description);
     ReversibleCommand();
-    ReversibleCommand(const ReversibleCommand&);
-    ReversibleCommand& operator=(const ReversibleCommand&);
+    ReversibleCommand(const ReversibleCommand&) = default;
+    ReversibleCommand& operator=(const ReversibleCommand&) = default;
 };
 
 // A reversible command made of pairs of functions, each pair a setter of one property and its undo.
@@ -73,8 +73,8 @@ class MDTOOLS_API FunctionCommand : public Command {
 public:
     FunctionCommand();
     FunctionCommand(std::function<void()> doFunction, std::function<void()> undoFunction);
-    FunctionCommand(const FunctionCommand&);
-    FunctionCommand& operator=(const FunctionCommand&);
+    FunctionCommand(const FunctionCommand&) = default;
+    FunctionCommand& operator=(const FunctionCommand&) = default;
     ~FunctionCommand() override;
 
     void addSetter(std::function<void()> doFunction, std::function<void()> undoFunction);
@@ -106,6 +106,7 @@ public:
 
     // Owned by the group.
     CommandList* getCommandList() const;
+    // Of the inner list, undone ones included.
     bool hasCommands() const;
 
     // Redoes, or undoes, all that the inner list can. Groups may be nested to any depth.

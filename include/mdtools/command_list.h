@@ -13,9 +13,9 @@ namespace Tools {
 
 class CommandListState;
 
-// The commands that were carried out, oldest first, with the place that undo and redo have come to.
-// It owns its commands and tells its handlers when it gets new ones or loses all. It belongs to one
-// thread.
+// The commands that were carried out, oldest first, with the position that undo and redo have come
+// to. It owns its commands and notifies its handlers when it gets new ones or loses all. It belongs
+// to one thread.
 //
 // A command that runs may change the list that runs it: commands that are cut off then live on
 // until the outermost undo or redo of the thread has returned.
@@ -27,9 +27,9 @@ public:
     CommandList& operator=(const CommandList&) = delete;
 
     // Records a command that was carried out already, and takes it over. What could have been
-    // redone is deleted. Then the handlers are told, without an argument. A null entry is kept;
-    // undo and redo end there. A command that is recorded again stands there twice; it is deleted
-    // once, with its last entry.
+    // redone is deleted. Then the handlers are notified, without an argument. A null entry is kept;
+    // undo and redo end there. A command that is recorded again has two entries; it is deleted
+    // once, with its last one.
     void add(Command* command);
     void add(std::unique_ptr<Command> command);
     // The same for a group that has commands; an empty one is deleted. Null is ignored.
@@ -38,8 +38,8 @@ public:
 
     // Undo the newest command that is not undone yet, redo the one that was undone last. Commands
     // that are not reversible are stepped over on the way. False, or no description, if there was
-    // none. The place has moved before the command runs: one that throws counts as undone or
-    // redone. Handlers are not told; the commands themselves tell of the data.
+    // none. The position has moved before the command runs: one that throws counts as undone or
+    // redone. Handlers are not notified; the commands themselves notify of the data.
     bool undo();
     bool redo();
     mdt::Nullable<std::string> undoWithDescription();
@@ -50,16 +50,20 @@ public:
     std::vector<std::string> getUndoDescriptions() const;
     std::vector<std::string> getRedoDescriptions() const;
 
+    // No entry is before, or after, the position. Entries that undo and redo step over or end at
+    // count: a buffer that is not empty may hold nothing to undo.
     bool isUndoBufferEmpty() const;
     bool isRedoBufferEmpty() const;
+    // All entries, on both sides of the position. A group is one, whatever it holds.
     bool hasCommands() const;
     int getNumberOfCommands() const;
 
-    // Delete all commands: reset() in silence, removeAll() tells the handlers.
+    // Delete all commands: reset() in silence, removeAll() notifies the handlers.
     void reset();
     void removeAll();
 
-    // As those of DataChangedManager.
+    // As those of DataChangedManager. A handler may add commands, or remove all; that notifies
+    // again within the round. It must not destroy the list.
     void addDataChangedHandler(DataChangedHandler* handler);
     void removeDataChangedHandler(DataChangedHandler* handler);
 

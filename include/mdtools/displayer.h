@@ -4,7 +4,8 @@
 
 namespace Tools {
 
-// The base of views that can be brought up to date.
+// The base of views that can be brought up to date. A view belongs to one thread, that of its
+// window; nothing here is locked.
 class MDTOOLS_API Displayer {
 public:
     virtual ~Displayer();
@@ -13,9 +14,9 @@ public:
     virtual void refresh();
 
 protected:
-    Displayer();
-    Displayer(const Displayer&);
-    Displayer& operator=(const Displayer&);
+    Displayer() = default;
+    Displayer(const Displayer&) = default;
+    Displayer& operator=(const Displayer&) = default;
 };
 
 }

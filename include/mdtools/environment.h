@@ -8,6 +8,11 @@ namespace Tools {
 
 // One variable of the process's environment, which child processes inherit. The value is read once,
 // at construction, and written through by setValue().
+//
+// Any thread may make objects and set values, also of the same variable: the library's own accesses
+// to the environment exclude each other. Those that the program makes past the library
+// (std::getenv, setenv) do not; on Linux they must not happen while another thread sets a value. An
+// object belongs to one thread at a time.
 class MDTOOLS_API Environment {
 public:
     // The value is empty if the name is, or if the variable is not set.

@@ -8,10 +8,11 @@
 #include <vector>
 
 // The kinds of structural program in the family, and which kind of model can be shown in which kind
-// of program. Everything here is free of state and may be called from any thread.
+// of program. Everything here is free of state and may be called by any thread; an object
+// belongs to one thread at a time.
 namespace Tools::Filters {
 
-// The numbers are fixed; -1 stands for an unknown kind.
+// The numbers are fixed; -1 is an unknown kind.
 enum class Kind : int {
     GirderGrillage = 0,
     Slab = 1,
@@ -21,7 +22,7 @@ enum class Kind : int {
     System3D = 5
 };
 
-// The kinds' texts as they stand in documents: "GIRDER_GRILLAGE", "SLAB", "MEMBRANE", "FRAME2D",
+// The kinds' texts as documents hold them: "GIRDER_GRILLAGE", "SLAB", "MEMBRANE", "FRAME2D",
 // "FRAME3D", "SYSTEM3D".
 MDTOOLS_API extern const char* const GirderGrillage;
 MDTOOLS_API extern const char* const Slab;
@@ -71,9 +72,9 @@ public:
     static bool areEqual(const Minor* a, const Minor& b);
 
 protected:
-    Minor();
-    Minor(const Minor&);
-    Minor& operator=(const Minor&);
+    Minor() = default;
+    Minor(const Minor&) = default;
+    Minor& operator=(const Minor&) = default;
 };
 
 namespace Minors {
@@ -84,9 +85,9 @@ MDTOOLS_API extern const char* const Building3dName;
 // A building model, which belongs to the spatial systems.
 class MDTOOLS_API Building3d : public Minor {
 public:
-    Building3d();
-    Building3d(const Building3d&);
-    Building3d& operator=(const Building3d&);
+    Building3d() = default;
+    Building3d(const Building3d&) = default;
+    Building3d& operator=(const Building3d&) = default;
     ~Building3d() override;
 
     std::unique_ptr<Minor> clone() const override;
@@ -107,10 +108,10 @@ public:
     Pack(Kind kind, const Minor* minor);
     Pack(Kind kind, std::unique_ptr<Minor> minor);
     Pack(const Pack& other);
-    Pack(Pack&& other) noexcept;
+    Pack(Pack&& other) noexcept = default;
     Pack& operator=(const Pack& other);
-    Pack& operator=(Pack&& other) noexcept;
-    ~Pack();
+    Pack& operator=(Pack&& other) noexcept = default;
+    ~Pack() = default;
 
     Kind getKind() const;
     // Null if there is none; owned by the pack.

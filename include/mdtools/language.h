@@ -5,7 +5,7 @@
 namespace Tools {
 
 // The language of the user's locale, asked anew at each call: on Windows of the user's default
-// locale, elsewhere of the one that LC_ALL or else LANG names.
+// locale, elsewhere of the one that LC_ALL or else LANG names. Any thread may ask.
 class MDTOOLS_API Language {
 public:
     Language() = default;

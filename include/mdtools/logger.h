@@ -2,7 +2,6 @@
 
 #include <mdtools/export.h>
 
-#include <cstdarg>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,8 +19,8 @@ class MDTOOLS_API Logger {
 public:
     virtual ~Logger();
     // Copying a sink copies nothing; a derived class decides for itself.
-    Logger(const Logger& other);
-    Logger& operator=(const Logger& other);
+    Logger(const Logger& other) = default;
+    Logger& operator=(const Logger& other) = default;
 
     // Flushes and closes whatever the sink holds open.
     virtual void release() = 0;
@@ -29,7 +28,7 @@ public:
     virtual void writeLine(const std::string& line) = 0;
 
 protected:
-    Logger();
+    Logger() = default;
 };
 
 // Appends lines to a text file. A line and its end ("\r\n" on Windows, where line feeds inside the
@@ -75,8 +74,8 @@ public:
     static LoggerManager& get();
 
     // Copies share the sinks.
-    LoggerManager(const LoggerManager& other);
-    LoggerManager& operator=(const LoggerManager& other);
+    LoggerManager(const LoggerManager& other) = default;
+    LoggerManager& operator=(const LoggerManager& other) = default;
 
     // Null, and a sink that is there already, are ignored.
     void add(std::shared_ptr<Logger> logger);
@@ -91,7 +90,7 @@ public:
     void writeFormatedLine(const char* format, ...) const;
 
 private:
-    LoggerManager();
+    LoggerManager() = default;
     ~LoggerManager();
 
     std::vector<std::shared_ptr<Logger>> m_loggers;

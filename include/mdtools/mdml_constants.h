@@ -2,7 +2,7 @@
 
 namespace Tools {
 
-// Names of the entries in the header of the family's model and result documents.
+// Names of the entries in the header of the family's model and result documents; constants.
 struct MdmlConstants {
     static constexpr const char* ResultData = "ResultData";
     static constexpr const char* ApplicationName = "ApplicationName";

@@ -1,6 +1,21 @@
 #pragma once
 
-// Everything at once.
+// Everything at once, and what holds for all headers.
+//
+// Text. A std::string, or a const char*, holds text in the process's code page: on Windows the
+// system's ANSI code page, elsewhere the one whose number the variable MDTOOLS_CODEPAGE gives (1252
+// without it). That holds for paths, names, messages and the texts of exceptions as well; on Linux
+// the bytes of a path are the file's name as they are. A character may have several bytes. Where
+// something else is meant a header says so, by "bytes" or by its type: a wchar_t is one unit of
+// UTF-16, also where it could hold more. What the library writes does not depend on the locale,
+// unless a stream of the caller writes it.
+//
+// Threads. Functions outside of classes and static functions may be called by any thread. An object
+// belongs to one thread at a time, for reading, too; different objects are independent, also where
+// they mean the same file, setting or variable. Headers say where more is allowed, or less: what
+// belongs to the thread of a window, or is one for the whole process.
+//
+// Nothing is to be called before the first use or after the last one.
 
 #include <mdtools/application_registry.h>
 #include <mdtools/argument_keeper.h>

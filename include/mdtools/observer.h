@@ -22,8 +22,8 @@ public:
 
 protected:
     explicit Observer(Displayer* displayer);
-    Observer(const Observer&);
-    Observer& operator=(const Observer&);
+    Observer(const Observer&) = default;
+    Observer& operator=(const Observer&) = default;
 
 private:
     Displayer* m_displayer;
@@ -33,7 +33,7 @@ private:
 // to one thread.
 class MDTOOLS_API ObserverManager {
 public:
-    ObserverManager();
+    ObserverManager() = default;
     // Deletes the observers that are still there.
     virtual ~ObserverManager();
     ObserverManager(const ObserverManager&) = delete;
@@ -50,13 +50,15 @@ public:
     // observer ends the round and reaches the caller. An observer must not add or remove observers
     // of its manager meanwhile. Where one does so all the same, nothing is damaged: a removed
     // observer is not asked any more, an added one is asked from the next round on. Destroying the
-    // manager is not survived.
+    // manager is not survived. An observer may ask for another round, which runs to its end within
+    // this one.
     void addToDisplayer(const Displayer* displayer);
     void removeFromDisplayer(const Displayer* displayer);
     void updateInDisplayer(const Displayer* displayer);
 
 private:
-    // Who is asked next, and where those end who were there at first.
+    // A round under way: who is asked next, and where those end who were there at first. Removing
+    // an observer moves both, so a round never skips or repeats one.
     struct Round {
         std::size_t next;
         std::size_t end;

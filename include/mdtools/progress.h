@@ -14,13 +14,17 @@ class MDTOOLS_API ProgressHandler {
 public:
     virtual ~ProgressHandler();
 
+    // Where the computation has come to, between minimum and maximum.
     virtual void setPosition(std::uint64_t position) = 0;
+    // Moves the position on by `step`, from wherever it is.
     virtual void setIncrement(std::uint64_t step) = 0;
     // The texts are never null, and valid during the call only.
     virtual void setInfo(const char* text) = 0;
     virtual void setTitle(const char* text) = 0;
+    // Shows the display; takes it back to its beginning.
     virtual void activate() = 0;
     virtual void reset() = 0;
+    // The positions of 0 and of 100 percent.
     virtual void setMinimum(std::uint64_t value) = 0;
     virtual void setMaximum(std::uint64_t value) = 0;
 
@@ -47,8 +51,9 @@ public:
     ProgressMessenger& operator=(const ProgressMessenger&) = default;
     virtual ~ProgressMessenger();
 
-    // For the computation. A text is not copied: update() may pass it on until the next request
-    // comes. A null text requests nothing.
+    // For the computation; each reaches the handler's function of the same name. An increment is
+    // the step by which the position moves on, not a step size that is kept. A text is not copied:
+    // update() may pass it on until the next request comes. A null text requests nothing.
     void setPosition(std::uint64_t value);
     void setIncrement(std::uint64_t value);
     void setMinimum(std::uint64_t value);
@@ -59,7 +64,7 @@ public:
     void reset();
 
     // For the window: passes the pending request on to `handler`, null for nobody. The request
-    // stays pending until the next one takes its place.
+    // stays pending until the next one replaces it.
     void update(ProgressHandler* handler) const;
 
     // The pending values; empty unless the last request was for one.
@@ -67,7 +72,7 @@ public:
     mdt::Nullable<std::uint64_t> getMaximum() const;
 
 protected:
-    // Sends the message and waits. A class that reaches its window in another way overrides this.
+    // Sends the message and waits. A class that reaches its window in another way overrides it.
     virtual void post();
 
     // Drops what is pending.
@@ -89,8 +94,8 @@ private:
     bool m_reset = false;
 };
 
-// Tells a computation whether its user wants it to stop. The library never asks; a computation does
-// so now and then, on its own thread.
+// Says to a computation whether its user wants it to stop. The library never asks; a computation
+// does so now and then, on its own thread.
 class MDTOOLS_API CancelHandler {
 public:
     virtual ~CancelHandler();

@@ -15,7 +15,7 @@
 // Nothing here reports an error or throws for one. What could not be opened is an invalid key, what
 // could not be read an invalid value, and a write or removal that failed leaves everything as it
 // was; ask valid(). Different objects may be used from different threads at once, also when they
-// stand for the same key; one object belongs to one thread at a time.
+// mean the same key; one object belongs to one thread at a time.
 //
 // Paths separate keys by "/" or "\\" alike and ignore letter case. One leading separator is
 // dropped; a second one makes the path one that names nothing. A path of more than 4,096 characters
@@ -64,7 +64,7 @@ public:
     // The value as it is now; invalid if there is none of that name.
     RegistryValue operator[](const std::string& name) const;
 
-    // Stores a value under its own name, in one step in place of one of that name: whoever reads
+    // Stores a value under its own name, in one step, replacing one of that name: whoever reads
     // meanwhile finds the old or the new one. An invalid value (type None) removes the stored one,
     // which is how a setting is cleared. Both open the key once more, for writing, so they work on
     // copies and on keys opened for reading.
@@ -81,7 +81,7 @@ private:
 class MDTOOLS_API RegistryValue {
 public:
     // The numbers are this library's own, not the system's. Stored values of any other type read as
-    // None. ExpandString is read and written as it stands, nothing in it is expanded.
+    // None. ExpandString is read and written as it is, nothing in it is expanded.
     enum Type : int {
         None = 0,
         String = 1,
@@ -129,7 +129,7 @@ public:
     // Characters or bytes. String and ExpandString take them up to the first NUL (bytes at most
     // `size`, characters without regard to it), MultiString and Binary all of them. A DWord takes
     // up to 4 of the bytes, in the order of memory, and nothing from characters. A null pointer
-    // stands for no characters or bytes at all.
+    // means no characters or bytes at all.
     RegistryValue& setData(const char* characters, std::size_t size);
     RegistryValue& setData(const unsigned char* bytes, std::size_t size);
     // Texts up to a null pointer, as of a command line. String and ExpandString take the first,
@@ -141,12 +141,12 @@ public:
     std::string getString() const;
     // The texts of a MultiString up to the first empty one; of another text just that one.
     std::vector<std::string> getMultiString() const;
-    // Of a MultiString the text at the index, empty behind the last; else as getString().
+    // Of a MultiString the text at the index, empty after the last; else as getString().
     std::string getMultiStringAt(std::size_t index) const;
     // The word, whatever the type is.
     std::uint32_t getDWord() const { return m_word; }
 
-    // The data of the type, size() bytes; null without a type. Stays in place until the value is
+    // The data of the type, size() bytes; null without a type. Stays where it is until the value is
     // changed, moved or destroyed.
     unsigned char* getBytes();
     const unsigned char* getBytes() const;
@@ -186,11 +186,11 @@ public:
     virtual ~Iterator();
 
     RegistryKey begin();
-    // Goes to the last subkey, not behind it.
+    // Goes to the last subkey, not beyond it.
     RegistryKey end();
     bool valid() const;
 
-    // The subkey at an index, without moving there. None while the own index is negative, as after
+    // The subkey at an index, without moving there. None while its own index is negative, as after
     // begin() on a key without subkeys.
     RegistryKey operator[](int index) const;
     RegistryKey operator*() const;
@@ -218,7 +218,7 @@ public:
     virtual ~Iterator();
 
     RegistryValue begin();
-    // Goes to the last value, not behind it.
+    // Goes to the last value, not beyond it.
     RegistryValue end();
     bool valid() const;
 

@@ -47,9 +47,9 @@ public:
     void resetUnselected();
 
 protected:
-    SelectableObject();
-    SelectableObject(const SelectableObject&);
-    SelectableObject& operator=(const SelectableObject&);
+    SelectableObject() = default;
+    SelectableObject(const SelectableObject&) = default;
+    SelectableObject& operator=(const SelectableObject&) = default;
 
 private:
     Flag m_flag = NotSelected;
@@ -64,9 +64,9 @@ public:
     void setDeleted(bool deleted);
 
 protected:
-    Interface();
-    Interface(const Interface&);
-    Interface& operator=(const Interface&);
+    Interface() = default;
+    Interface(const Interface&) = default;
+    Interface& operator=(const Interface&) = default;
 
 private:
     bool m_deleted = false;
@@ -75,9 +75,9 @@ private:
 // A base for objects that can be shown or hidden; what that means is up to them.
 class MDTOOLS_API Visibility {
 public:
-    Visibility();
-    Visibility(const Visibility&);
-    Visibility& operator=(const Visibility&);
+    Visibility() = default;
+    Visibility(const Visibility&) = default;
+    Visibility& operator=(const Visibility&) = default;
     virtual ~Visibility();
 };
 

@@ -7,8 +7,9 @@
 
 namespace Tools {
 
-// What a module (a program or a library) tells about itself in its version resource. All texts are
-// empty where it tells nothing; nothing is ever raised. A value.
+// What a module (a program or a library) says about itself in its version resource. All texts are
+// empty where it says nothing; nothing is ever thrown. A value; any
+// thread may make one.
 //
 // A Windows module's resource is read on both systems; on Linux also what
 // mdtools_add_version_resource() of the library's CMake package puts into an ELF file.

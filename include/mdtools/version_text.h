@@ -36,7 +36,7 @@ public:
     // The list knows `text`.
     bool isValid(const std::string& text) const;
 
-    // These compare the own text with `text`. Less: both are known, and the own is the older one.
+    // These compare its own text with `text`. Less: both are known, and its own is the older one.
     // Greater or equal is the plain opposite of less, so it holds where either text is unknown: an
     // unknown version counts as new enough.
     bool isEqualTo(const std::string& text) const;

@@ -10,7 +10,7 @@ struct Entry {
     const char* text;
 };
 
-// In ascending order of the numbers. A text that a name is put behind ends with a blank.
+// In ascending order of the numbers. A text that a name follows ends with a blank.
 constexpr Entry Entries[] = {
     {3095, "Author"},
     {6627, "Project name"},

@@ -1,7 +1,6 @@
 #include <mdtools/logger.h>
 
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "trace/debug_sender.h"
 #include "support/test_receiver.h"
+#include "trace/debug_sender.h"
 
 #include <gtest/gtest.h>
 
@@ -19,7 +19,7 @@ protected:
     ~DebugOutput() override { Tools::DebugSender::end(); }
 };
 
-// Of the only sender there was; the own process is one, too.
+// Of the only sender there was; this process is one, too.
 inline Texts texts(const TestReceiver& receiver)
 {
     Texts result;

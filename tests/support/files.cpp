@@ -2,23 +2,21 @@
 
 #include "support/test_environment.h"
 
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 
-#ifdef _WIN32
-#include <windows.h>
-#else
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
-#include <sys/mount.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#endif
-
 namespace MdToolsTest {
+
+namespace {
+
+std::string readAll(const std::string& path, std::ios::openmode mode)
+{
+    std::ostringstream bytes;
+    bytes << std::ifstream(path, mode).rdbuf();
+    return bytes.str();
+}
+
+}
 
 std::string workPath(const std::string& name)
 {
@@ -32,116 +30,21 @@ void writeFile(const std::string& path, const std::string& bytes)
 
 std::string readFile(const std::string& path)
 {
-    std::ostringstream bytes;
-    bytes << std::ifstream(path, std::ios::binary).rdbuf();
-    return bytes.str();
+    return readAll(path, std::ios::in | std::ios::binary);
 }
 
-#ifdef _WIN32
-
-const bool ProtectedFilesCannotBeOpened = false;
-const bool OpenFilesAreNotShared = false;
-const bool DoubleByteNamesReachTheDisk = false;
-
-void setWriteProtected(const std::string& path, bool isProtected)
+std::string readText(const std::string& path)
 {
-    SetFileAttributesA(path.c_str(), isProtected ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL);
+    return readAll(path, std::ios::in);
 }
 
-bool makeLink(const std::string& target, const std::string& link)
+std::vector<std::string> readLines(const std::string& path)
 {
-    const DWORD flags = std::filesystem::is_directory(target) ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0;
-    // Wine says that it made the link, but there is none.
-    return CreateSymbolicLinkA(link.c_str(), target.c_str(), flags) != 0 &&
-           GetFileAttributesA(link.c_str()) != INVALID_FILE_ATTRIBUTES;
+    std::ifstream file(path);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);)
+        lines.push_back(line);
+    return lines;
 }
-
-HeldFile::HeldFile(const std::string& path)
-    : m_handle(reinterpret_cast<std::intptr_t>(CreateFileA(
-          path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr)))
-{}
-
-HeldFile::~HeldFile()
-{
-    CloseHandle(reinterpret_cast<HANDLE>(m_handle));
-}
-
-SmallDisk::SmallDisk(const std::string&, std::size_t) : m_reason("Wine mounts no disks.") {}
-SmallDisk::~SmallDisk() = default;
-
-OrdinaryUser::OrdinaryUser() = default;
-OrdinaryUser::~OrdinaryUser() = default;
-
-int limitOpenFiles(int count)
-{
-    return count;
-}
-
-#else
-
-const bool ProtectedFilesCannotBeOpened = true;
-const bool OpenFilesAreNotShared = true;
-const bool DoubleByteNamesReachTheDisk = true;
-
-void setWriteProtected(const std::string& path, bool isProtected)
-{
-    chmod(path.c_str(), isProtected ? 0444 : 0644);
-}
-
-bool makeLink(const std::string& target, const std::string& link)
-{
-    return symlink(target.c_str(), link.c_str()) == 0;
-}
-
-HeldFile::HeldFile(const std::string& path) : m_handle(open(path.c_str(), O_RDWR | O_CLOEXEC))
-{
-    struct flock lock = {};
-    lock.l_type = F_WRLCK;
-    lock.l_whence = SEEK_SET;
-    fcntl(static_cast<int>(m_handle), F_OFD_SETLK, &lock);
-}
-
-HeldFile::~HeldFile()
-{
-    close(static_cast<int>(m_handle));
-}
-
-SmallDisk::SmallDisk(const std::string& path, std::size_t size) : m_path(path)
-{
-    std::filesystem::create_directory(path);
-    const std::string options = "size=" + std::to_string(size);
-    if (mount("mdtools-test", path.c_str(), "tmpfs", 0, options.c_str()) != 0)
-        m_reason = std::string("No disk could be mounted: ") + std::strerror(errno);
-}
-
-SmallDisk::~SmallDisk()
-{
-    if (isThere())
-        umount2(m_path.c_str(), MNT_DETACH);
-}
-
-OrdinaryUser::OrdinaryUser()
-{
-    constexpr uid_t Nobody = 65534;
-    m_isThere = geteuid() != 0 || seteuid(Nobody) == 0;
-}
-
-OrdinaryUser::~OrdinaryUser()
-{
-    if (getuid() == 0 && seteuid(0) != 0)
-        std::abort();
-}
-
-int limitOpenFiles(int count)
-{
-    struct rlimit limit = {};
-    getrlimit(RLIMIT_NOFILE, &limit);
-    const auto before = static_cast<int>(limit.rlim_cur);
-    limit.rlim_cur = static_cast<rlim_t>(count);
-    setrlimit(RLIMIT_NOFILE, &limit);
-    return before;
-}
-
-#endif
 
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace MdToolsTest {
 
@@ -11,13 +12,20 @@ std::string workPath(const std::string& name);
 // Whole files, byte by byte.
 void writeFile(const std::string& path, const std::string& bytes);
 std::string readFile(const std::string& path);
+// In text mode: the line ends of the platform are "\n" here.
+std::string readText(const std::string& path);
+std::vector<std::string> readLines(const std::string& path);
 
-// What Wine does not do as the systems it stands for: as root it opens write-protected files for
+// What Wine does not do as Windows does: as root it opens write-protected files for
 // writing, its run-time library lets everybody open what a program has open, and names in a code
 // page reach the disk only if the locale of the page is installed.
 extern const bool ProtectedFilesCannotBeOpened;
 extern const bool OpenFilesAreNotShared;
 extern const bool DoubleByteNamesReachTheDisk;
+
+// A write to a file that is open for appending goes to the end in one step, as both systems
+// promise. Under Wine it does not, so programs overwrite each other's lines.
+bool appendsInOneStep();
 
 void setWriteProtected(const std::string& path, bool isProtected);
 
@@ -37,7 +45,7 @@ private:
 };
 
 // A disk of its own with room for `size` bytes, at the directory `path`, which it makes. Not there
-// (why() tells the reason) if this user may not mount one.
+// (why() gives the reason) if this user may not mount one.
 class SmallDisk {
 public:
     SmallDisk(const std::string& path, std::size_t size);

@@ -4,15 +4,7 @@
 #include <atomic>
 #include <cstdlib>
 
-#ifdef _WIN32
-#define MODULE_EXPORT extern "C" __declspec(dllexport)
-#else
-#define MODULE_EXPORT extern "C" __attribute__((visibility("default")))
-#endif
-
-MODULE_EXPORT void runLoops();
-
-MODULE_EXPORT void runLoops()
+extern "C" void runLoops()
 {
     std::atomic<int> sum{0};
     for (int i = 0; i < 100; ++i)

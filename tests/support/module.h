@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/programs.h"
+
 #include <string>
 
 namespace MdToolsTest {
@@ -11,8 +13,5 @@ void freeModule(void* module);
 
 // True while some copy of the library is in memory.
 bool isModuleLoaded(const std::string& path);
-
-// The path of the library under test, beside the test program.
-std::string libraryPath();
 
 }

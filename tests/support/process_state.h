@@ -8,4 +8,7 @@ int countThreads();
 int countHandles();
 int countChildren();
 
+// Asks a process to end as Ctrl-C does. Nothing happens on Windows, where that takes a console.
+void interrupt(unsigned long processId);
+
 }

@@ -14,15 +14,6 @@ std::string& directory()
     return text;
 }
 
-void setVariable(const std::string& name, const std::string& value)
-{
-#ifdef _WIN32
-    _putenv_s(name.c_str(), value.c_str());
-#else
-    setenv(name.c_str(), value.c_str(), 1);
-#endif
-}
-
 }
 
 const std::string& workDirectory()

@@ -11,11 +11,14 @@ namespace MdToolsTest {
 const std::string& workDirectory();
 
 // Whether this is the Windows build (under Wine, here).
-#ifdef _WIN32
-inline constexpr bool IsWindows = true;
-#else
-inline constexpr bool IsWindows = false;
-#endif
+extern const bool IsWindows;
+
+// For this process and its children.
+void setVariable(const std::string& name, const std::string& value);
+
+// Removes a key of the current user and all below it, where programs under test have to keep their
+// settings in the registry. On Linux the settings vanish with the work directory anyway.
+void removeUserKey(const std::string& path);
 
 // Called by main() only.
 void createWorkDirectory();

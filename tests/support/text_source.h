@@ -8,7 +8,7 @@
 namespace MdToolsTest {
 
 // A stream buffer over a text, with a get area of a given size (none at all with 0) that is filled
-// anew with each underflow and gives characters back beyond its start only when told so.
+// anew with each underflow and gives characters back beyond its start only if it can put back.
 class TextSource : public std::streambuf {
 public:
     struct Kind {

@@ -1,18 +1,10 @@
 #include "support/process_state.h"
 
-#ifdef _WIN32
 #include <windows.h>
 
 #include <tlhelp32.h>
-#else
-#include <filesystem>
-#include <fstream>
-#include <string>
-#endif
 
 namespace MdToolsTest {
-
-#ifdef _WIN32
 
 int countThreads()
 {
@@ -47,42 +39,6 @@ int countChildren()
     return count;
 }
 
-#else
-
-namespace {
-
-int countEntries(const std::string& directory)
-{
-    int count = 0;
-    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(directory))
-        ++count;
-    return count;
-}
-
-}
-
-int countThreads()
-{
-    return countEntries("/proc/self/task");
-}
-
-// The one that reads the directory counts each time.
-int countHandles()
-{
-    return countEntries("/proc/self/fd");
-}
-
-int countChildren()
-{
-    int count = 0;
-    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-        std::ifstream children(task.path() / "children");
-        for (std::string id; children >> id;)
-            ++count;
-    }
-    return count;
-}
-
-#endif
+void interrupt(unsigned long) {}
 
 }
