@@ -1,11 +1,10 @@
 #include "formula/evaluator.h"
 
 #include "platform/trigonometry.h"
-#include "text/numbers.h"
+#include "text/decimal.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <mdmath/mdmath.h>
@@ -14,16 +13,6 @@
 namespace Tools {
 
 namespace {
-
-using Numbers::isDigit;
-
-// Puts the digits at `text` behind others; returns their end.
-const char* addDigits(const char* text, std::uint64_t& digits)
-{
-    for (; isDigit(*text); ++text)
-        digits = digits * 10 + static_cast<std::uint64_t>(*text - '0');
-    return text;
-}
 
 bool isHexDigit(char c)
 {
@@ -205,26 +194,15 @@ bool FormulaEvaluator::readNumber()
     return true;
 }
 
-// The usual ones: a double holds their digits and their power of ten exactly, so that one division
-// rounds them correctly. False for others.
+// The usual ones. False for others.
 bool FormulaEvaluator::readShortNumber()
 {
-    static constexpr double Powers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                        1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-    constexpr std::ptrdiff_t MostDigits = 15;
-    std::uint64_t digits = 0;
-    const char* const point = addDigits(m_cursor, digits);
-    const char* end = point;
-    std::ptrdiff_t decimals = 0;
-    if (*point == '.') {
-        end = addDigits(point + 1, digits);
-        decimals = end - point - 1;
-    }
-    if (point - m_cursor + decimals > MostDigits || *end == 'e' || *end == 'x')
+    Numbers::Short number;
+    const char* const end = Numbers::readShort(m_cursor, number);
+    if (end == nullptr || isDigit(*end) || *end == 'e' || *end == 'x')
         return false;
-    const auto number = static_cast<double>(static_cast<std::int64_t>(digits));
     m_cursor += end - m_cursor;
-    setOperand(decimals == 0 ? number : number / Powers[decimals]);
+    setOperand(number.isReal ? number.real : number.decimal);
     return true;
 }
 

@@ -16,7 +16,7 @@ namespace {
 // What must be left of the area for an expected token, so that its common form needs no more
 // checks.
 constexpr std::ptrdiff_t Space = 48;
-static_assert(Space >= ShortNumberSpace);
+static_assert(Space >= Numbers::ShortSpace);
 
 template <class T>
 T take(std::vector<T>& stack)
@@ -353,7 +353,7 @@ const char* TreeReader::readText(Frame& frame, Structures::Node& node, const cha
 const char* TreeReader::readNumber(Frame& frame, const Structures::Node& node, const char* p)
 {
     Number number;
-    const char* stop = takeShortNumber(p, number);
+    const char* stop = Numbers::readShort(p, number);
     if (stop == nullptr || !is(*stop, Delimiter)) {
         Number exact;
         stop = findDelimiter(p, m_lexer.areaEnd());

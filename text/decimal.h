@@ -6,8 +6,9 @@
 #include <cstdint>
 #include <cstring>
 
-// The front half of reading real numbers, to be built into its callers: an ordinary number is read
-// without a call.
+// The front half of reading numbers, built into its callers: an ordinary number is read without a
+// call. This is Clinger's fast path: where both the digits and the power of ten are exact doubles,
+// the one rounding of their product or quotient is the right one. All else goes to valueOf.
 namespace Tools::Numbers {
 
 // Powers of ten that a double holds exactly.
@@ -30,6 +31,7 @@ inline std::uint64_t valueOfEightDigits(std::uint64_t word)
     return (word & 0x0000FFFF0000FFFF) * (10000 * 0x100000000 + 1) >> 32;
 }
 
+// Appends the digits at `p` to the mantissa, modulo 2^64; returns their end.
 inline const char* scanDigits(const char* p, const char* last, std::uint64_t& mantissa)
 {
     for (; p != last && isDigit(*p); ++p)
@@ -51,7 +53,7 @@ inline const char* scanManyDigits(const char* p, const char* last, std::uint64_t
     return scanDigits(p, last, mantissa);
 }
 
-// Adds the exponent behind its letter and returns its end. Without digits there is none, and the
+// Adds the exponent after its letter and returns its end. Without digits there is none, and the
 // letter is left to the reader.
 inline const char* scanExponent(const char* letter, const char* last, std::int64_t& exponent)
 {
@@ -79,7 +81,7 @@ struct Decimal {
     // All digits as one number; it has overflowed if there are more than 19.
     std::uint64_t mantissa;
     std::int64_t digits;
-    // The power of ten behind the last digit.
+    // The power of ten that the last digit counts.
     std::int64_t exponent;
 
     // False if there is no digit.
@@ -110,10 +112,48 @@ struct Decimal {
     }
     double plainValue() const
     {
-        const auto value = static_cast<double>(mantissa);
+        const auto value = static_cast<double>(static_cast<std::int64_t>(mantissa));
         return exponent < 0 ? value / PowersOfTen[-exponent] : value * PowersOfTen[exponent];
     }
 };
+
+// Correctly rounded for every decimal number.
+Real valueOf(const Decimal& number);
+
+// A number of few digits without exponent: a real if there is a point in it.
+struct Short {
+    bool isReal = false;
+    std::int32_t decimal = 0;
+    double real = 0.0;
+};
+
+// How much must be readable from the start of a number on for readShort, unless a terminator ends
+// the text.
+inline constexpr std::ptrdiff_t ShortSpace = 24;
+
+// Returns the end of what was read, null if there is no short number at `p`. The caller finds out
+// from what follows whether that is all of the number.
+inline const char* readShort(const char* p, Short& number)
+{
+    const bool isNegative = *p == '-';
+    const char* const first = isNegative ? p + 1 : p;
+    std::int64_t mantissa = 0;
+    for (p = first; p - first < 10 && isDigit(*p); ++p)
+        mantissa = mantissa * 10 + (*p - '0');
+    number.isReal = *p == '.';
+    if (!number.isReal) {
+        mantissa = isNegative ? -mantissa : mantissa;
+        number.decimal = static_cast<std::int32_t>(mantissa);
+        return p != first && number.decimal == mantissa ? p : nullptr;
+    }
+    // 15 digits and the point.
+    const char* const fraction = ++p;
+    for (; p - first < 16 && isDigit(*p); ++p)
+        mantissa = mantissa * 10 + (*p - '0');
+    const double real = static_cast<double>(mantissa) / PowersOfTen[p - fraction];
+    number.real = isNegative ? -real : real;
+    return p - first > 1 ? p : nullptr;
+}
 
 // What readReal reads, if it is a plain decimal number without white space and "+" before it; else
 // false.

@@ -3,9 +3,7 @@
 #include "text/decimal.h"
 #include "text/tiny_numbers.h"
 
-#include <bit>
 #include <charconv>
-#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <string_view>
@@ -15,34 +13,6 @@ namespace Tools::Numbers {
 namespace {
 
 constexpr double Infinity = std::numeric_limits<double>::infinity();
-
-// A number whose mantissa or power of ten is not exact in a double.
-void evaluateSlowly(const Decimal& number, Real& result)
-{
-    double value = 0.0;
-    const auto status = std::from_chars(number.first, number.end, value);
-    const bool isBeyond = status.ec == std::errc::result_out_of_range || value == Infinity;
-    if (!isBeyond && value > std::numeric_limits<double>::min()) {
-        result.value = value;
-        return;
-    }
-    const auto size = static_cast<std::size_t>(number.end - number.first);
-    const Digits digits = Digits::of(std::string_view(number.first, size), number.exponent);
-    if (digits.isZero())
-        return;
-    if (isBeyond)
-        value = digits.magnitude() > 0 ? Infinity : 0.0;
-    result.value = value;
-    result.isOutOfRange = isBeyond || digits.isTooSmallFor(value);
-}
-
-void evaluate(const Decimal& number, Real& result)
-{
-    if (number.isPlain())
-        result.value = number.plainValue();
-    else
-        evaluateSlowly(number, result);
-}
 
 int hexDigit(char c)
 {
@@ -67,7 +37,7 @@ const char* scanHexDigits(const char* p, const char* last, bool isFraction, Bina
     return p;
 }
 
-// `first` is behind "0x". False if no digit follows.
+// `first` is after "0x". False if no digit follows.
 bool readHex(const char* first, const char* last, Real& result)
 {
     Binary number;
@@ -136,6 +106,34 @@ const char* skipSign(const char* p, const char* last, bool& isNegative)
 
 }
 
+// A number that the standard library calls out of range or that may be subnormal takes its exact
+// digits to tell overflow from underflow, and whether a nearer double was missing.
+Real valueOf(const Decimal& number)
+{
+    Real result;
+    result.end = number.end;
+    if (number.isPlain()) {
+        result.value = number.plainValue();
+        return result;
+    }
+    double value = 0.0;
+    const auto status = std::from_chars(number.first, number.end, value);
+    const bool isBeyond = status.ec == std::errc::result_out_of_range || value == Infinity;
+    if (!isBeyond && value > std::numeric_limits<double>::min()) {
+        result.value = value;
+        return result;
+    }
+    const auto size = static_cast<std::size_t>(number.end - number.first);
+    const Digits digits = Digits::of(std::string_view(number.first, size), number.exponent);
+    if (digits.isZero())
+        return result;
+    if (isBeyond)
+        value = digits.magnitude() > 0 ? Infinity : 0.0;
+    result.value = value;
+    result.isOutOfRange = isBeyond || digits.isTooSmallFor(value);
+    return result;
+}
+
 Real readDecimal(const char* first, const char* last)
 {
     Real result;
@@ -145,8 +143,7 @@ Real readDecimal(const char* first, const char* last)
         result.end = first;
         return result;
     }
-    result.end = number.end;
-    evaluate(number, result);
+    result = valueOf(number);
     result.value = isNegative ? -result.value : result.value;
     return result;
 }
@@ -163,10 +160,8 @@ Real readReal(const char* first, const char* last)
     if (number.scan(p, last)) {
         const bool isHex = number.end == p + 1 && *p == '0' && last - p > 2 &&
                            (p[1] | 0x20) == 'x' && readHex(p + 2, last, result);
-        if (!isHex) {
-            result.end = number.end;
-            evaluate(number, result);
-        }
+        if (!isHex)
+            result = valueOf(number);
     } else if (!readWord(p, last, result)) {
         result.end = first;
         return result;

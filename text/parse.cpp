@@ -51,8 +51,8 @@ mdt::Nullable<double> parseReal(const char* first, const char* last)
 template <class Char>
 bool isNumberPart(Char c)
 {
-    return Numbers::isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '+' ||
-           c == '-' || c == '.' || c == '(' || c == ')' || c == '_';
+    return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '+' || c == '-' ||
+           c == '.' || c == '(' || c == ')' || c == '_';
 }
 
 // The end of all that could belong to a number at `p`, so that the whole text need not be measured.
