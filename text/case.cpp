@@ -21,16 +21,15 @@ void mapBytes(char* p, std::size_t size, const CaseFolding::Table& table)
 
 void mapCharacters(std::string& text, const CodePage& page, const CodePage::CaseMap& map)
 {
-    const char* const end = text.data() + text.size();
-    for (char* p = text.data(); p < end;) {
-        if (page.length(p, end) == 1) {
+    for (const Character& character : page.characters(text)) {
+        char* const p = text.data() + (character.p - text.data());
+        if (character.bytes == 1) {
             *p = static_cast<char>(map.singles[static_cast<unsigned char>(*p)]);
-            ++p;
             continue;
         }
         const std::uint16_t mapped = map.pairs[CodePage::pairAt(p)];
-        *p++ = static_cast<char>(mapped >> 8);
-        *p++ = static_cast<char>(mapped & 0xFF);
+        p[0] = static_cast<char>(mapped >> 8);
+        p[1] = static_cast<char>(mapped & 0xFF);
     }
 }
 

@@ -9,18 +9,18 @@
 
 namespace Tools {
 
-// A byte and the other one that is folded to the same, sixteen times each.
+// A byte and the other one that is folded to the same, each a block of them.
 template <class Folding>
 class ByteFinder {
 public:
     explicit ByteFinder(char sought);
 
     // All bits of each byte of the block that fits.
-    __m128i find(__m128i block) const;
+    Block find(Block block) const;
 
 private:
-    __m128i m_byte;
-    __m128i m_upper;
+    Block m_byte;
+    Block m_upper;
 };
 
 // Finds the occurrences of one text in another in linear time, whatever the texts. Both must stay
@@ -33,7 +33,7 @@ public:
     static constexpr std::size_t None = static_cast<std::size_t>(-1);
 
     // `sought` is not empty.
-    Search(std::string_view text, std::string_view sought, Comparing::By by);
+    Search(std::string_view haystack, std::string_view needle, Comparing::By by);
 
     // The first occurrence at or behind `from`, which never decreases from call to call.
     std::size_t next(std::size_t from);
@@ -53,12 +53,12 @@ private:
     void visitAll(std::size_t from, Visitor visitor);
     void prepareFailures();
 
-    std::string_view m_text;
-    std::string_view m_sought;
+    std::string_view m_haystack;
+    std::string_view m_needle;
     ByteFinder<Folding> m_first;
     ByteFinder<Folding> m_last;
     // The number of places where the sought text could begin.
-    std::size_t m_places;
+    std::size_t m_positions;
     // Places of the text whose first and last byte fit: one bit for each from m_block on. The next
     // places to be looked at begin at m_position.
     std::uint32_t m_candidates = 0;

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "text/block.h"
+
 #include <array>
-#include <cstdint>
-#include <emmintrin.h>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -24,7 +24,7 @@ private:
     static std::unique_ptr<SingleBytePage> make();
     bool fillNarrow(unsigned first, unsigned last);
 
-    std::uint32_t unequalBytes(__m128i bytes) const;
+    Block::Mask unequalBytes(Block bytes) const;
     void widen(std::string_view text, wchar_t* wide) const;
     std::size_t narrow(std::wstring_view text, char* narrow) const;
     bool narrowUnit(wchar_t unit, char& byte) const;
