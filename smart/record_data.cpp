@@ -22,26 +22,26 @@ constexpr int MaxDepth = 40;
 RecordData* RecordData::allocate(Shared<Index> index, std::uint32_t cells, std::uint32_t reals)
 {
     void* memory = ::operator new(sizeof(RecordData) + sizeof(Cell) * cells);
-    return new (memory) RecordData(std::move(index), Shared<Page>(), cells, reals);
+    return new (memory) RecordData(std::move(index), Shared<ArenaPage>(), cells, reals);
 }
 
-RecordData* RecordData::allocate(Shared<Index> index, std::uint32_t reals, PagePool& pool)
+RecordData* RecordData::allocate(Shared<Index> index, std::uint32_t reals, Arena& arena)
 {
     const std::uint32_t cells = index->usedCells();
-    Shared<Page> page;
-    void* memory = pool.allocate(sizeof(RecordData) + sizeof(Cell) * cells, page);
+    Shared<ArenaPage> page;
+    void* memory = arena.allocate(sizeof(RecordData) + sizeof(Cell) * cells, page);
     return new (memory) RecordData(std::move(index), std::move(page), cells, reals);
 }
 
 void RecordData::free(RecordData* data, OwnerReturn<Index>& indexes,
-                      OwnerReturn<Page>& pages) noexcept
+                      OwnerReturn<ArenaPage>& pages) noexcept
 {
     for (Block* block = data->m_newest; block != nullptr;) {
         Block* older = block->older;
         ::operator delete(block);
         block = older;
     }
-    Page* page = data->m_page.release();
+    ArenaPage* page = data->m_page.release();
     indexes.add(data->m_index.release());
     data->~RecordData();
     if (page != nullptr)
@@ -50,9 +50,9 @@ void RecordData::free(RecordData* data, OwnerReturn<Index>& indexes,
         ::operator delete(data);
 }
 
-RecordData* RecordData::createLike(const RecordData& other, PagePool& pool)
+RecordData* RecordData::createLike(const RecordData& other, Arena& arena)
 {
-    RecordData* data = allocate(other.m_index, other.m_reals, pool);
+    RecordData* data = allocate(other.m_index, other.m_reals, arena);
     for (const Index::Block& block : data->index().blocks())
         for (const Entry& entry : block)
             data->construct(data->typeOf(entry), entry.cell());
@@ -262,7 +262,7 @@ private:
     void copyValue(const RecordData& from, const RecordData& to, const Entry& entry, int depth);
 
     std::vector<Task> m_waiting;
-    PagePool m_pool;
+    Arena m_arena;
 };
 
 void Copy::copy(const Record& source, Record& target, int depth)
@@ -274,7 +274,7 @@ void Copy::copy(const Record& source, Record& target, int depth)
         m_waiting.push_back({&source, &target});
         return;
     }
-    const RecordData* to = RecordData::of(target) = RecordData::createLike(*from, m_pool);
+    const RecordData* to = RecordData::of(target) = RecordData::createLike(*from, m_arena);
     for (const Index::Block& block : from->index().blocks())
         for (const Entry& entry : block)
             copyValue(*from, *to, entry, depth);
@@ -345,7 +345,7 @@ private:
     std::vector<RecordData*> m_waiting;
     // Records within others usually have another index than those around them.
     OwnerReturn<Index> m_indexes[2];
-    OwnerReturn<Page> m_pages;
+    OwnerReturn<ArenaPage> m_pages;
 };
 
 void Release::release(RecordData* data, int depth)

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "smart/arena.h"
 #include "smart/index.h"
-#include "smart/page.h"
 
 #include <mdtools/smart_record.h>
 
@@ -37,9 +37,9 @@ public:
 
     // The values of the index's entries are not there yet: the caller constructs them in their
     // cells.
-    static RecordData* allocate(Shared<Index> index, std::uint32_t reals, PagePool& pool);
+    static RecordData* allocate(Shared<Index> index, std::uint32_t reals, Arena& arena);
     // With the same entries, all of them empty or zero.
-    static RecordData* createLike(const RecordData& other, PagePool& pool);
+    static RecordData* createLike(const RecordData& other, Arena& arena);
 
     static RecordData*& of(Record& record) { return record.m_data; }
     static const RecordData* of(const Record& record) { return record.m_data; }
@@ -107,13 +107,14 @@ private:
         std::uint32_t cells;
     };
 
-    RecordData(Shared<Index> index, Shared<Page> page, std::uint32_t cells, std::uint32_t reals)
+    RecordData(Shared<Index> index, Shared<ArenaPage> page, std::uint32_t cells,
+               std::uint32_t reals)
         : m_index(std::move(index)), m_page(std::move(page)), m_inlineCells(cells), m_reals(reals)
     {}
     ~RecordData() = default;
     static RecordData* allocate(Shared<Index> index, std::uint32_t cells, std::uint32_t reals);
     static void free(RecordData* data, OwnerReturn<Index>& indexes,
-                     OwnerReturn<Page>& pages) noexcept;
+                     OwnerReturn<ArenaPage>& pages) noexcept;
 
     static Cell* provideCell(Record& record, std::string_view name, Type type);
     Cell* insertValue(std::string_view name, Type type);
@@ -132,7 +133,7 @@ private:
     Shared<Index> m_index;
     Block* m_newest = nullptr;
     // Where this object lies; null if it has an allocation of its own.
-    Shared<Page> m_page;
+    Shared<ArenaPage> m_page;
     std::uint32_t m_inlineCells;
     // Bit n is set if the number in cell n is a real.
     std::uint32_t m_reals;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "text/block.h"
+#include "text/byte_block.h"
 
 #include <array>
 #include <bit>
@@ -32,22 +32,22 @@ inline bool is(char c, CharacterClass characterClass)
 }
 
 // A bit for each character of the block at `p` that is not a blank.
-inline Block::Mask nonBlanks(const char* p)
+inline ByteBlock::Mask nonBlanks(const char* p)
 {
-    const Block text = Block::load(p);
-    const Block blanks =
+    const ByteBlock text = ByteBlock::load(p);
+    const ByteBlock blanks =
         (text.equals(' ') | text.equals('\t')) | (text.equals('\n') | text.equals('\r'));
-    return blanks.mask() ^ Block::All;
+    return blanks.mask() ^ ByteBlock::All;
 }
 
-inline constexpr auto BlockSize = static_cast<std::ptrdiff_t>(Block::Size);
+inline constexpr auto BlockSize = static_cast<std::ptrdiff_t>(ByteBlock::Size);
 
 // Each of these returns the first character of its kind in [p, end), or end.
 
 inline const char* findNonBlank(const char* p, const char* end)
 {
     for (; end - p >= BlockSize; p += BlockSize) {
-        const Block::Mask found = nonBlanks(p);
+        const ByteBlock::Mask found = nonBlanks(p);
         if (found != 0)
             return p + std::countr_zero(found);
     }
@@ -62,8 +62,8 @@ inline const char* findNonBlank(const char* p, const char* end)
 inline const char* skipBlanks(const char* p, const char* end, std::uint32_t& expected)
 {
     std::uint64_t found = nonBlanks(p);
-    if (expected >= Block::Size)
-        found |= std::uint64_t{nonBlanks(p + Block::Size)} << Block::Size;
+    if (expected >= ByteBlock::Size)
+        found |= std::uint64_t{nonBlanks(p + ByteBlock::Size)} << ByteBlock::Size;
     const std::uint64_t wanted = std::uint64_t{1} << expected;
     if ((found & (2 * wanted - 1)) == wanted)
         return p + expected;
@@ -75,8 +75,8 @@ inline const char* skipBlanks(const char* p, const char* end, std::uint32_t& exp
 inline const char* findQuoteOrBackslash(const char* p, const char* end)
 {
     for (; end - p >= BlockSize; p += BlockSize) {
-        const Block text = Block::load(p);
-        const Block::Mask mask = (text.equals('"') | text.equals('\\')).mask();
+        const ByteBlock text = ByteBlock::load(p);
+        const ByteBlock::Mask mask = (text.equals('"') | text.equals('\\')).mask();
         if (mask != 0)
             return p + std::countr_zero(mask);
     }
@@ -89,8 +89,8 @@ inline const char* findQuoteOrBackslash(const char* p, const char* end)
 // must be readable.
 inline bool startsWith(const char* p, const char* start, std::uint32_t size)
 {
-    const Block::Mask wanted = (Block::Mask{1} << size) - 1;
-    return (Block::load(p).equals(Block::load(start)).mask() & wanted) == wanted;
+    const ByteBlock::Mask wanted = (ByteBlock::Mask{1} << size) - 1;
+    return (ByteBlock::load(p).equals(ByteBlock::load(start)).mask() & wanted) == wanted;
 }
 
 inline const char* findDelimiter(const char* p, const char* end)

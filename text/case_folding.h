@@ -1,6 +1,6 @@
 #pragma once
 
-#include "text/block.h"
+#include "text/byte_block.h"
 
 #include <array>
 
@@ -39,10 +39,10 @@ inline unsigned char lower(char c)
     return LowerTable[static_cast<unsigned char>(c)];
 }
 
-inline Block lower(Block block)
+inline ByteBlock lower(ByteBlock block)
 {
-    const Block isUpper = block.isInRange(0x41, 0x5A) | block.isInRange(0xC0, 0xDE);
-    return block + (isUpper & Block::filled(0x20));
+    const ByteBlock isUpper = block.isInRange(0x41, 0x5A) | block.isInRange(0xC0, 0xDE);
+    return block + (isUpper & ByteBlock::filled(0x20));
 }
 
 }

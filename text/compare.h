@@ -14,11 +14,11 @@ namespace Tools::Comparing {
 
 // How bytes are looked at: as they are, or lowered by the table of `strlwr`.
 struct Exact {
-    static Block block(Block block) { return block; }
+    static ByteBlock block(ByteBlock block) { return block; }
     static unsigned char byte(char c) { return static_cast<unsigned char>(c); }
 };
 struct Lowered {
-    static Block block(Block block) { return CaseFolding::lower(block); }
+    static ByteBlock block(ByteBlock block) { return CaseFolding::lower(block); }
     static unsigned char byte(char c) { return CaseFolding::lower(c); }
 };
 
@@ -26,20 +26,20 @@ struct Lowered {
 enum class Nul { Ordinary, Ends };
 
 template <class Case, Nul nul>
-Block::Mask differences(Block a, Block b)
+ByteBlock::Mask differences(ByteBlock a, ByteBlock b)
 {
-    Block same = Case::block(a).equals(Case::block(b));
+    ByteBlock same = Case::block(a).equals(Case::block(b));
     if constexpr (nul == Nul::Ends)
-        same = same.without(a.equals(Block::zero()));
-    return same.mask() ^ Block::All;
+        same = same.without(a.equals(ByteBlock::zero()));
+    return same.mask() ^ ByteBlock::All;
 }
 
 template <class Case, Nul nul, std::size_t Half>
 std::size_t firstDifferenceOfEnds(const char* a, const char* b, std::size_t size)
 {
-    const Block::Mask mask =
-        differences<Case, nul>(Block::loadEnds<Half>(a, size), Block::loadEnds<Half>(b, size)) &
-        ((Block::Mask{1} << 2 * Half) - 1);
+    const ByteBlock::Mask mask = differences<Case, nul>(ByteBlock::loadEnds<Half>(a, size),
+                                                        ByteBlock::loadEnds<Half>(b, size)) &
+                                 ((ByteBlock::Mask{1} << 2 * Half) - 1);
     if (mask == 0)
         return size;
     const auto index = static_cast<std::size_t>(std::countr_zero(mask));
@@ -50,7 +50,7 @@ std::size_t firstDifferenceOfEnds(const char* a, const char* b, std::size_t size
 template <class Case, Nul nul>
 std::size_t firstDifference(const char* a, const char* b, std::size_t size)
 {
-    if (size < Block::Size) {
+    if (size < ByteBlock::Size) {
         if (size >= 8)
             return firstDifferenceOfEnds<Case, nul, 8>(a, b, size);
         if (size >= 4)
@@ -63,12 +63,13 @@ std::size_t firstDifference(const char* a, const char* b, std::size_t size)
     }
     std::size_t i = 0;
     for (;;) {
-        const Block::Mask mask = differences<Case, nul>(Block::load(a + i), Block::load(b + i));
+        const ByteBlock::Mask mask =
+            differences<Case, nul>(ByteBlock::load(a + i), ByteBlock::load(b + i));
         if (mask != 0)
             return i + static_cast<std::size_t>(std::countr_zero(mask));
-        if (i + Block::Size == size)
+        if (i + ByteBlock::Size == size)
             return size;
-        i = i + 2 * Block::Size <= size ? i + Block::Size : size - Block::Size;
+        i = i + 2 * ByteBlock::Size <= size ? i + ByteBlock::Size : size - ByteBlock::Size;
     }
 }
 
@@ -101,38 +102,40 @@ inline bool isSame(const char* a, const char* b, std::size_t size)
 }
 
 // Bits that are set where bytes differ in more than the case of an ASCII letter.
-inline Block differenceButCase(Block a, Block b)
+inline ByteBlock differenceButCase(ByteBlock a, ByteBlock b)
 {
-    const Block caseBit = Block::filled(0x20);
-    const Block isLetter = (a | caseBit).isInRange('a', 'z');
+    const ByteBlock caseBit = ByteBlock::filled(0x20);
+    const ByteBlock isLetter = (a | caseBit).isInRange('a', 'z');
     return (a ^ b).without(isLetter & caseBit);
 }
 
 inline bool isSameButCaseShort(const char* a, const char* b, std::size_t size)
 {
     if (size >= 8)
-        return differenceButCase(Block::loadEnds<8>(a, size), Block::loadEnds<8>(b, size)).isZero();
+        return differenceButCase(ByteBlock::loadEnds<8>(a, size), ByteBlock::loadEnds<8>(b, size))
+            .isZero();
     if (size >= 4)
-        return differenceButCase(Block::loadEnds<4>(a, size), Block::loadEnds<4>(b, size)).isZero();
+        return differenceButCase(ByteBlock::loadEnds<4>(a, size), ByteBlock::loadEnds<4>(b, size))
+            .isZero();
     return size == 0 ||
-           differenceButCase(Block::loadUpTo3(a, size), Block::loadUpTo3(b, size)).isZero();
+           differenceButCase(ByteBlock::loadUpTo3(a, size), ByteBlock::loadUpTo3(b, size)).isZero();
 }
 
 // Both texts have the same bytes, but for the case of ASCII letters.
 inline bool isSameButCase(const char* a, const char* b, std::size_t size)
 {
-    constexpr std::size_t Step = Block::Size;
+    constexpr std::size_t Step = ByteBlock::Size;
     if (size < Step)
         return isSameButCaseShort(a, b, size);
     const auto differenceAt = [a, b](std::size_t i) {
-        return differenceButCase(Block::load(a + i), Block::load(b + i));
+        return differenceButCase(ByteBlock::load(a + i), ByteBlock::load(b + i));
     };
-    Block different = differenceAt(0) | differenceAt(size - Step);
+    ByteBlock different = differenceAt(0) | differenceAt(size - Step);
     std::size_t i = Step;
     // Four blocks a turn: there is one exit for all of them.
     for (; i + 4 * Step <= size; i += 4 * Step) {
-        const Block first = differenceAt(i) | differenceAt(i + Step);
-        const Block second = differenceAt(i + 2 * Step) | differenceAt(i + 3 * Step);
+        const ByteBlock first = differenceAt(i) | differenceAt(i + Step);
+        const ByteBlock second = differenceAt(i + 2 * Step) | differenceAt(i + 3 * Step);
         different = different | (first | second);
         if (!different.isZero())
             return false;

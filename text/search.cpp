@@ -15,14 +15,14 @@ ByteFinder<Folding>::ByteFinder(char sought)
 {
     const unsigned char byte = Folding::byte(sought);
     const auto upper = static_cast<char>(byte - 0x20);
-    m_byte = Block::filled(static_cast<char>(byte));
-    m_upper = Folding::byte(upper) == byte ? Block::filled(upper) : m_byte;
+    m_byte = ByteBlock::filled(static_cast<char>(byte));
+    m_upper = Folding::byte(upper) == byte ? ByteBlock::filled(upper) : m_byte;
 }
 
 template <class Folding>
-inline Block ByteFinder<Folding>::find(Block block) const
+inline ByteBlock ByteFinder<Folding>::find(ByteBlock block) const
 {
-    const Block found = block.equals(m_byte);
+    const ByteBlock found = block.equals(m_byte);
     if constexpr (std::is_same_v<Folding, Exact>)
         return found;
     else
@@ -99,8 +99,8 @@ template <class Folding>
 std::uint32_t Search<Folding>::candidatesAt(std::size_t position) const
 {
     const char* const p = m_haystack.data() + position;
-    const Block last = m_last.find(Block::load(p + m_needle.size() - 1));
-    return (m_first.find(Block::load(p)) & last).mask();
+    const ByteBlock last = m_last.find(ByteBlock::load(p + m_needle.size() - 1));
+    return (m_first.find(ByteBlock::load(p)) & last).mask();
 }
 
 // For the few places from `position` to the end.

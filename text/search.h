@@ -16,11 +16,11 @@ public:
     explicit ByteFinder(char sought);
 
     // All bits of each byte of the block that fits.
-    Block find(Block block) const;
+    ByteBlock find(ByteBlock block) const;
 
 private:
-    Block m_byte;
-    Block m_upper;
+    ByteBlock m_byte;
+    ByteBlock m_upper;
 };
 
 // Finds the occurrences of one text in another in linear time, whatever the texts. Both must stay

@@ -10,7 +10,7 @@ namespace Tools {
 namespace {
 
 // A block of bytes as units of two or four bytes.
-void storeUnits(wchar_t* to, Block block)
+void storeUnits(wchar_t* to, ByteBlock block)
 {
     const __m128i bytes = block.bits();
     const __m128i zero = _mm_setzero_si128();
@@ -105,7 +105,7 @@ std::wstring SingleBytePage::toWide(std::string_view text) const
 }
 
 // Which bytes of a block are another number as units.
-Block::Mask SingleBytePage::unequalBytes(Block bytes) const
+ByteBlock::Mask SingleBytePage::unequalBytes(ByteBlock bytes) const
 {
     if (m_isLatin)
         bytes = bytes.isInRange(0x80, 0x9F);
@@ -116,13 +116,13 @@ void SingleBytePage::widen(std::string_view text, wchar_t* wide) const
 {
     const auto unitOf = [this](char c) { return m_wide[static_cast<unsigned char>(c)]; };
     std::size_t i = 0;
-    for (; i + Block::Size <= text.size(); i += Block::Size) {
+    for (; i + ByteBlock::Size <= text.size(); i += ByteBlock::Size) {
         const char* const p = text.data() + i;
-        const Block bytes = Block::load(p);
+        const ByteBlock bytes = ByteBlock::load(p);
         storeUnits(wide + i, bytes);
-        Block::Mask others = unequalBytes(bytes);
+        ByteBlock::Mask others = unequalBytes(bytes);
         if (others != 0 && !m_isLatin) {
-            std::transform(p, p + Block::Size, wide + i, unitOf);
+            std::transform(p, p + ByteBlock::Size, wide + i, unitOf);
             continue;
         }
         for (; others != 0; others &= others - 1) {
@@ -148,14 +148,14 @@ std::string SingleBytePage::toNarrow(std::wstring_view text) const
 std::size_t SingleBytePage::narrow(std::wstring_view text, char* narrow) const
 {
     std::size_t i = 0;
-    for (; i + Block::Size <= text.size(); i += Block::Size) {
+    for (; i + ByteBlock::Size <= text.size(); i += ByteBlock::Size) {
         const wchar_t* const p = text.data() + i;
         const __m128i low = loadUnits(p);
         const __m128i high = loadUnits(p + 8);
-        const Block bytes(_mm_packus_epi16(low, high));
+        const ByteBlock bytes(_mm_packus_epi16(low, high));
         bytes.store(narrow + i);
-        const Block beyond(_mm_packs_epi16(isBeyond8Bits(low), isBeyond8Bits(high)));
-        Block::Mask others = unequalBytes(bytes) | beyond.mask();
+        const ByteBlock beyond(_mm_packs_epi16(isBeyond8Bits(low), isBeyond8Bits(high)));
+        ByteBlock::Mask others = unequalBytes(bytes) | beyond.mask();
         for (; others != 0; others &= others - 1) {
             const auto k = static_cast<std::size_t>(std::countr_zero(others));
             if (!narrowUnit(p[k], narrow[i + k]))

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "text/block.h"
+#include "text/byte_block.h"
 
 #include <array>
 #include <memory>
@@ -24,7 +24,7 @@ private:
     static std::unique_ptr<SingleBytePage> make();
     bool fillNarrow(unsigned first, unsigned last);
 
-    Block::Mask unequalBytes(Block bytes) const;
+    ByteBlock::Mask unequalBytes(ByteBlock bytes) const;
     void widen(std::string_view text, wchar_t* wide) const;
     std::size_t narrow(std::wstring_view text, char* narrow) const;
     bool narrowUnit(wchar_t unit, char& byte) const;

@@ -1,4 +1,4 @@
-#include "text/block.h"
+#include "text/byte_block.h"
 #include "text/byte_set.h"
 
 #include <mdtools/constants.h>
@@ -23,7 +23,7 @@ public:
     {
         if (m_count <= FewDelimiters) {
             for (std::size_t i = 0; i < m_count; ++i)
-                m_delimiters[i] = Block::filled(delimiters[i]);
+                m_delimiters[i] = ByteBlock::filled(delimiters[i]);
         }
     }
 
@@ -32,7 +32,7 @@ public:
         if (m_count > FewDelimiters)
             return findInSet(p);
         std::uint64_t found = 0;
-        for (std::size_t i = 0; i < 64; i += Block::Size)
+        for (std::size_t i = 0; i < 64; i += ByteBlock::Size)
             found |= std::uint64_t{findInBlock(p + i)} << i;
         return found;
     }
@@ -48,10 +48,10 @@ public:
 private:
     static constexpr std::size_t FewDelimiters = 8;
 
-    Block::Mask findInBlock(const char* p) const
+    ByteBlock::Mask findInBlock(const char* p) const
     {
-        const Block block = Block::load(p);
-        Block found = Block::zero();
+        const ByteBlock block = ByteBlock::load(p);
+        ByteBlock found = ByteBlock::zero();
         for (std::size_t i = 0; i < m_count; ++i)
             found = found | block.equals(m_delimiters[i]);
         return found.mask();
@@ -67,7 +67,7 @@ private:
 
     ByteSet m_set;
     std::size_t m_count;
-    Block m_delimiters[FewDelimiters];
+    ByteBlock m_delimiters[FewDelimiters];
 };
 
 // Collects the tokens of a text that comes in masks of 64 bytes.

@@ -1,4 +1,4 @@
-#include "text/block.h"
+#include "text/byte_block.h"
 #include "text/byte_set.h"
 
 #include <mdtools/encoding.h>
@@ -35,11 +35,11 @@ Ends trimmedEnds(const std::string& s, const std::string& chars)
 {
     if (s.size() < 8 || chars.size() > FewBytes)
         return trimByteByByte(s, chars);
-    const Block bytes = Block::loadEnds<8>(s.data(), s.size());
-    Block found = Block::zero();
+    const ByteBlock bytes = ByteBlock::loadEnds<8>(s.data(), s.size());
+    ByteBlock found = ByteBlock::zero();
     for (const char c : chars)
         found = found | bytes.equals(c);
-    const Block::Mask mask = found.mask();
+    const ByteBlock::Mask mask = found.mask();
     const auto atStart = static_cast<unsigned>(std::countr_zero(~mask | 0x100U));
     const auto atEnd = static_cast<unsigned>(std::countl_zero(~(mask << 16) | 0x800000U));
     return atStart == 8 || atEnd == 8 ? trimByteByByte(s, chars) : Ends{atStart, s.size() - atEnd};
