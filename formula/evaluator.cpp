@@ -197,12 +197,12 @@ bool FormulaEvaluator::readNumber()
 // The usual ones. False for others.
 bool FormulaEvaluator::readShortNumber()
 {
-    Numbers::Short number;
-    const char* const end = Numbers::readShort(m_cursor, number);
+    const Numbers::Short number(m_cursor);
+    const char* const end = number.end;
     if (end == nullptr || isDigit(*end) || *end == 'e' || *end == 'x')
         return false;
     m_cursor += end - m_cursor;
-    setOperand(number.isReal ? number.real : number.decimal);
+    setOperand(number.isReal ? number.real : static_cast<double>(number.whole));
     return true;
 }
 

@@ -127,7 +127,7 @@ const char* PredictionReader::readText(ShapeTree::Shape& shape, const char* p)
 const char* PredictionReader::readNumber(const ShapeTree::Shape& shape, const char* p)
 {
     Number number;
-    const char* stop = Numbers::readShort(p, number);
+    const char* stop = readShortNumber(p, number);
     if (stop == nullptr || !is(*stop, Delimiter)) {
         Number exact;
         stop = findDelimiter(p, m_lexer.areaEnd());

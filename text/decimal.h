@@ -120,40 +120,39 @@ struct Decimal {
 // Correctly rounded for every decimal number.
 Real valueOf(const Decimal& number);
 
-// A number of few digits without exponent: a real if there is a point in it.
-struct Short {
-    bool isReal = false;
-    std::int32_t decimal = 0;
-    double real = 0.0;
-};
-
-// How much must be readable from the start of a number on for readShort, unless a terminator ends
-// the text.
+// How much must be readable from the start of a number on for the readers of short numbers, unless
+// a terminator ends the text.
 inline constexpr std::ptrdiff_t ShortSpace = 24;
 
-// Returns the end of what was read, null if there is no short number at `p`. The caller finds out
-// from what follows whether that is all of the number.
-inline const char* readShort(const char* p, Short& number)
-{
-    const bool isNegative = *p == '-';
-    const char* const first = isNegative ? p + 1 : p;
-    std::int64_t mantissa = 0;
-    for (p = first; p - first < 10 && isDigit(*p); ++p)
-        mantissa = mantissa * 10 + (*p - '0');
-    number.isReal = *p == '.';
-    if (!number.isReal) {
-        mantissa = isNegative ? -mantissa : mantissa;
-        number.decimal = static_cast<std::int32_t>(mantissa);
-        return p != first && number.decimal == mantissa ? p : nullptr;
+// A number of few digits without sign and exponent: a real if there is a point in it. The caller
+// finds out from what follows whether that is all of the number.
+struct Short {
+    bool isReal;
+    // Up to ten digits.
+    std::int64_t whole = 0;
+    double real = 0.0;
+    // Null if there is no short number.
+    const char* end = nullptr;
+
+    explicit Short(const char* first)
+    {
+        const char* p = first;
+        for (; p - first < 10 && isDigit(*p); ++p)
+            whole = whole * 10 + (*p - '0');
+        isReal = *p == '.';
+        if (!isReal) {
+            end = p != first ? p : nullptr;
+            return;
+        }
+        // 15 digits and the point.
+        std::int64_t mantissa = whole;
+        const char* const fraction = ++p;
+        for (; p - first < 16 && isDigit(*p); ++p)
+            mantissa = mantissa * 10 + (*p - '0');
+        real = static_cast<double>(mantissa) / PowersOfTen[p - fraction];
+        end = p - first > 1 ? p : nullptr;
     }
-    // 15 digits and the point.
-    const char* const fraction = ++p;
-    for (; p - first < 16 && isDigit(*p); ++p)
-        mantissa = mantissa * 10 + (*p - '0');
-    const double real = static_cast<double>(mantissa) / PowersOfTen[p - fraction];
-    number.real = isNegative ? -real : real;
-    return p - first > 1 ? p : nullptr;
-}
+};
 
 // What readReal reads, if it is a plain decimal number without white space and "+" before it; else
 // false.
