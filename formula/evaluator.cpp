@@ -45,6 +45,7 @@ FormulaEvaluator::FormulaEvaluator(char* text, std::size_t size, const char* ori
     : m_first(text), m_end(text + size), m_original(original), m_pi(pi), m_cursor(text)
 {}
 
+// `continue` goes on within a level, `break` ends one or more of them.
 FormulaValue FormulaEvaluator::evaluate()
 {
     for (;;) {
@@ -94,7 +95,7 @@ void FormulaEvaluator::open(Opener opener)
     m_level = NewLevel;
 }
 
-// Ends levels, one as a rule; false if the outermost one has ended.
+// The way back of the descent. Ends levels, one as a rule; false if the outermost one has ended.
 bool FormulaEvaluator::close()
 {
     for (;;) {
@@ -141,6 +142,7 @@ bool FormulaEvaluator::take(FormulaValue inner)
     }
 }
 
+// A part without a number counts as one once it is multiplied or divided by.
 void FormulaEvaluator::apply(double operand, bool hasValue)
 {
     if (m_level.operation == '+') {
@@ -212,6 +214,7 @@ void FormulaEvaluator::setOperand(double operand)
     apply(operand, true);
 }
 
+// A point at the very end is the number 0; one without a digit after it turns blanks to zeros.
 void FormulaEvaluator::readPoint()
 {
     const bool isLast = m_cursor + 1 == m_end;
@@ -253,6 +256,7 @@ void FormulaEvaluator::skipClosing()
         ++m_cursor;
 }
 
+// Reading never goes further than this, so that a sign is what the flips make of it.
 void FormulaEvaluator::settleSigns(const char* end)
 {
     if (m_flips.isActive())
@@ -260,7 +264,7 @@ void FormulaEvaluator::settleSigns(const char* end)
                        static_cast<std::size_t>(std::min<const char*>(end, m_end) - m_first));
 }
 
-// The sign of an exponent behind "p" is turned round like any other. That of a decimal exponent
+// The sign of an exponent after "p" is turned round like any other. That of a decimal exponent
 // never is, so that decimal numbers need not be settled.
 void FormulaEvaluator::settleHexadecimal()
 {
@@ -284,7 +288,7 @@ void FormulaEvaluator::replaceBlanks()
     std::replace_if(m_cursor, m_end, isBlank, '0');
 }
 
-// The text behind a character without meaning must be what was given.
+// The text after a character without meaning must be what was given.
 void FormulaEvaluator::compareRest()
 {
     // All levels end here, but once is enough.

@@ -96,6 +96,7 @@ mdt::Nullable<double> FormulaInterpreter::tryEvaluate(const std::string& text)
     return FormulaInterpreter().tryValue(text);
 }
 
+// Evaluation works on a copy, normalized while it is made, and changes signs in it.
 double FormulaInterpreter::evaluateText(const char* text, std::size_t size) const
 {
     if (size == 0)

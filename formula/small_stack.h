@@ -8,7 +8,8 @@
 
 namespace Tools {
 
-// A stack of plain values that takes memory from the heap only when it grows beyond `Inline`.
+// A stack of plain values with a small buffer in place: it takes memory from the heap only when it
+// grows beyond `Inline`, and doubles then.
 template <class T, std::size_t Inline>
 class SmallStack {
     static_assert(std::is_trivially_copyable_v<T>);

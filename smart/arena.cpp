@@ -24,12 +24,14 @@ Shared<ArenaPage> ArenaPage::create(std::size_t size)
     return Shared<ArenaPage>(new (memory) ArenaPage(size));
 }
 
+// The objects are gone by now, or were never made.
 void ArenaPage::destroy(ArenaPage* page)
 {
     page->~ArenaPage();
     ::operator delete(page);
 }
 
+// Downward from the end, so that one number is all the state.
 void* ArenaPage::take(std::size_t size)
 {
     size += (Alignment - size % Alignment) % Alignment;

@@ -68,9 +68,9 @@ private:
 // Records of the same structure share one index, so it is only changed by a record that owns it
 // alone (SharedObject::hasOneOwner).
 //
-// The entries stand in sorted blocks of limited size. Appending in order costs constant time, and
-// an insertion elsewhere moves no more than one block, so that no order of insertion becomes
-// quadratic.
+// A B-tree of two levels: the entries are in sorted blocks of limited size. Appending in order
+// costs constant time, and an insertion elsewhere moves no more than one block, so that no order of
+// insertion becomes quadratic.
 class Index : public SharedObject {
 public:
     using Block = std::vector<Entry>;
@@ -87,7 +87,7 @@ public:
     bool isEmpty() const { return m_blocks.empty(); }
     const std::vector<Block>& blocks() const { return m_blocks; }
 
-    // The entry at the position, null behind the last one.
+    // The entry at the position, null after the last one.
     const Entry* at(Position position) const;
     Position next(Position position) const;
     // The first entry that is not before the key.

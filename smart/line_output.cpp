@@ -25,6 +25,7 @@ bool isStringStream(const std::ostream& stream)
 
 }
 
+// Everything that could change the text of a number, or add to it, must be at its default.
 bool PlainOutput::serves(const std::ostream& stream)
 {
     const ios_base::fmtflags harmless = ios_base::dec | ios_base::fixed | ios_base::scientific |

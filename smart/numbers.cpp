@@ -26,6 +26,7 @@ bool parseReal(std::string_view word, double& value)
     return true;
 }
 
+// The whole word, within 32 bits.
 bool parseDecimal(std::string_view word, int& value)
 {
     const char* const end = word.data() + word.size();
@@ -79,6 +80,7 @@ bool toSixDigits(double value, SixDigits& result)
     return true;
 }
 
+// The styles of "%g": this one for exponents from -4 to 5.
 char* writeFixed(char* p, const SixDigits& number)
 {
     if (number.exponent < 0) {

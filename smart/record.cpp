@@ -23,6 +23,7 @@ const Entry& getEntry(const RecordData* data, std::string_view name)
     return *entry;
 }
 
+// The wanted type is that of `T`; numbers take another way where a decimal serves as a real.
 template <class T>
 T& getValue(const RecordData* data, std::string_view name, Type wanted)
 {

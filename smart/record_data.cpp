@@ -19,12 +19,14 @@ constexpr int MaxDepth = 40;
 
 }
 
+// For a record that grows entry by entry.
 RecordData* RecordData::allocate(Shared<Index> index, std::uint32_t cells, std::uint32_t reals)
 {
     void* memory = ::operator new(sizeof(RecordData) + sizeof(Cell) * cells);
     return new (memory) RecordData(std::move(index), Shared<ArenaPage>(), cells, reals);
 }
 
+// For a record whose entries are known: just the cells that they take.
 RecordData* RecordData::allocate(Shared<Index> index, std::uint32_t reals, Arena& arena)
 {
     const std::uint32_t cells = index->usedCells();
@@ -33,6 +35,7 @@ RecordData* RecordData::allocate(Shared<Index> index, std::uint32_t reals, Arena
     return new (memory) RecordData(std::move(index), std::move(page), cells, reals);
 }
 
+// The values are gone. Owners go in batches: the records of a tree mostly share index and page.
 void RecordData::free(RecordData* data, OwnerReturn<Index>& indexes,
                       OwnerReturn<ArenaPage>& pages) noexcept
 {
@@ -59,6 +62,7 @@ RecordData* RecordData::createLike(const RecordData& other, Arena& arena)
     return data;
 }
 
+// Nothing to note where the index holds the type of the number itself.
 void RecordData::flagReal(std::uint32_t cell, bool isReal)
 {
     m_reals = isReal ? m_reals | realFlag(cell) : m_reals & ~realFlag(cell);
@@ -70,6 +74,7 @@ void RecordData::setType(Entry& entry, Type type, std::uint32_t cell)
     flagReal(cell, type == Type::Real);
 }
 
+// The newest block is the largest one, so that half of the cells are found at once.
 Cell* RecordData::cellInBlocks(std::uint32_t cell) const
 {
     for (Block* block = m_newest; block != nullptr; block = block->older)
@@ -112,33 +117,35 @@ std::uint32_t RecordData::allocateCells(Type type)
     return cell;
 }
 
+// Copy on write: the index of several records is never changed.
 void RecordData::makeIndexOwn()
 {
     if (!m_index->hasOneOwner())
         m_index = Shared<Index>(new Index(*m_index));
 }
 
+// Empty or zero.
 Cell* RecordData::construct(Type type, std::uint32_t cell)
 {
-    Cell* place = cellAt(cell);
+    Cell* address = cellAt(cell);
     switch (type) {
     case Type::Text:
-        new (place) std::string;
+        new (address) std::string;
         break;
     case Type::Sequence:
-        new (place) Sequence;
+        new (address) Sequence;
         break;
     case Type::Record:
-        new (place) Record;
+        new (address) Record;
         break;
     case Type::Real:
-        new (place) double(0.0);
+        new (address) double(0.0);
         break;
     default:
-        new (place) int(0);
+        new (address) int(0);
         break;
     }
-    return place;
+    return address;
 }
 
 void RecordData::destroyValue(const Entry& entry)
@@ -158,6 +165,7 @@ void RecordData::destroyValue(const Entry& entry)
     }
 }
 
+// Looks the name up once where the entry is there and keeps its type.
 Cell* RecordData::provideCell(Record& record, std::string_view name, Type type)
 {
     RecordData*& data = of(record);
@@ -216,6 +224,7 @@ void RecordData::erase(Record& record, std::string_view name)
         record = Record();
 }
 
+// Equal lists in equal cells: only then may one index serve for both.
 void RecordData::shareIndex(Record& record, const Record& model, int depth)
 {
     RecordData* data = of(record);
@@ -315,7 +324,7 @@ void RecordData::copy(const Sequence& source, Sequence& target)
     Copy::run(source, target);
 }
 
-// Destroys a tree.
+// Destroys a tree without deep recursion: what lies deeper than MaxDepth waits in a list.
 class Release {
 public:
     void run(RecordData* data)

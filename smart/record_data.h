@@ -32,7 +32,7 @@ inline constexpr std::uint32_t TextCells = (sizeof(std::string) + sizeof(Cell) -
 // and setType.
 class RecordData {
 public:
-    // Cells whose numbers are not told apart by the index.
+    // Cells of whose numbers the index does not know whether they are reals.
     static constexpr std::uint32_t FlaggedCells = 32;
 
     // The values of the index's entries are not there yet: the caller constructs them in their
@@ -139,7 +139,8 @@ private:
     std::uint32_t m_reals;
 };
 
-// The records of a sequence, in blocks of doubling size that never move.
+// The records of a sequence: a segmented array, whose blocks of doubling size never move, so that
+// references stay and an index takes constant time.
 class SequenceData {
 public:
     static SequenceData*& of(Sequence& sequence) { return sequence.m_data; }

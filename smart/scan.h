@@ -10,7 +10,7 @@
 
 namespace Tools::Smart {
 
-// The classes of characters that the lexer tells apart.
+// The classes of characters that the lexer distinguishes, by table.
 enum CharacterClass : unsigned char { Blank = 1, Delimiter = 2, NumberStart = 4, Digit = 8 };
 
 inline constexpr std::array<unsigned char, 256> CharacterClasses = [] {

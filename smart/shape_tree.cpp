@@ -10,7 +10,7 @@ namespace Tools::Smart {
 std::uint32_t ShapeTree::transition(std::uint32_t shape, std::uint32_t expected,
                                     std::string_view name, Type type)
 {
-    // Shapes do not tell the kinds of numbers apart that each record notes itself.
+    // Whether its first numbers are reals each record notes itself.
     type = RecordData::indexedType(type, m_shapes[shape].usedCells);
     if (expected != 0 && isReachedBy(expected, name, type))
         return expected;

@@ -12,6 +12,7 @@ namespace Tools {
 
 namespace {
 
+// The fixed tables are for bytes, whatever the page.
 void mapBytes(char* p, std::size_t size, const CaseFolding::Table& table)
 {
     std::transform(p, p + size, p, [&table](char c) {
@@ -19,6 +20,7 @@ void mapBytes(char* p, std::size_t size, const CaseFolding::Table& table)
     });
 }
 
+// A character keeps its size, so that the text is mapped in place.
 void mapCharacters(std::string& text, const CodePage& page, const CodePage::CaseMap& map)
 {
     for (const Character& character : page.characters(text)) {

@@ -9,7 +9,8 @@
 
 namespace Tools {
 
-// A set of characters of the code page, single-byte and double-byte ones.
+// A set of characters of the code page: a bitmap of the single-byte ones, and a sorted array of the
+// double-byte ones.
 class CharacterSet {
 public:
     CharacterSet(const CodePage& page, std::string_view characters);

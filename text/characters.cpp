@@ -54,6 +54,7 @@ std::size_t findAny(std::string_view text, std::string_view chars, std::size_t f
     return found;
 }
 
+// Where characters begin is only known from the front, so the last one is the last of all.
 std::size_t findLastAny(std::string_view text, std::string_view chars)
 {
     std::size_t found = std::string_view::npos;
@@ -72,6 +73,7 @@ bool endsWith(std::string_view text, char c)
     return !CodePage::get().isSecondByte(text.data(), text.size() - 1, asIs);
 }
 
+// Both are single-byte characters, so that no character changes its size.
 void replace(std::string& text, char from, char to)
 {
     if (!CodePage::get().hasLeadBytes()) {

@@ -30,6 +30,7 @@ int compare(Text a, Text b, By by)
     return Comparing::order<Case>(a, b, by);
 }
 
+// Two nulls are equal, one null equals nothing.
 template <class Case>
 bool isEqual(Text a, Text b, By by)
 {
@@ -38,6 +39,7 @@ bool isEqual(Text a, Text b, By by)
     return compare<Case>(a, b, by) == 0;
 }
 
+// Null comes before any text.
 int orderWithNulls(Text a, Text b, By by)
 {
     if (a.p == nullptr || b.p == nullptr)
@@ -45,6 +47,7 @@ int orderWithNulls(Text a, Text b, By by)
     return Comparing::order<Exact>(a, b, by);
 }
 
+// An old habit of callers: with a null it is always -1.
 int orderWithoutCase(Text a, Text b, By by)
 {
     return a.p == nullptr || b.p == nullptr ? -1 : compare<Lowered>(a, b, by);

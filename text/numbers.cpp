@@ -14,6 +14,7 @@ namespace {
 
 constexpr double Infinity = std::numeric_limits<double>::infinity();
 
+// -1 for any other character.
 int hexDigit(char c)
 {
     if (isDigit(c))
@@ -57,6 +58,7 @@ bool readHex(const char* first, const char* last, Real& result)
     return true;
 }
 
+// `word` is in lower case.
 bool startsWithWord(const char* p, const char* last, std::string_view word)
 {
     if (static_cast<std::size_t>(last - p) < word.size())
@@ -134,6 +136,7 @@ Real valueOf(const Decimal& number)
     return result;
 }
 
+// The sign is applied to the rounded magnitude: rounding to nearest is symmetric.
 Real readDecimal(const char* first, const char* last)
 {
     Real result;
@@ -148,6 +151,7 @@ Real readDecimal(const char* first, const char* last)
     return result;
 }
 
+// The decimal reading decides first, because all other forms begin with "0x" or a letter.
 Real readReal(const char* first, const char* last)
 {
     const char* p = first;

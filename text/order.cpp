@@ -34,6 +34,7 @@ int characterOrder(const char* a, const char* b, std::size_t index, const CodePa
 
 }
 
+// Both terminators are compared, too, so that a text that begins another one comes first.
 template <class Case>
 int order(Text a, Text b, By by)
 {

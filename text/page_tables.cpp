@@ -139,6 +139,7 @@ bool Page::readSingles(PageDecoder& decoder)
     return true;
 }
 
+// The bytes above 0x9F are Latin-1.
 void Page::setPage1252()
 {
     m_isUndefined.fill(false);
@@ -157,6 +158,8 @@ bool isForReadingOnly(std::size_t code)
     return code >> 8 == 0xED || code >> 8 == 0xEE || code == 0xA2CC || code == 0xA2CE;
 }
 
+// From the highest character down, so that of several with one unit the lowest is what stays;
+// single bytes come last and win over pairs, defined ones over undefined ones.
 void Page::fillNarrow()
 {
     for (std::size_t code = m_pairs.size(); code-- > 0;) {
@@ -174,6 +177,7 @@ void Page::fillNarrow()
     }
 }
 
+// Anything but a number means 1252, as a page does that iconv does not know.
 unsigned configuredPage()
 {
     std::string digits;
@@ -209,6 +213,7 @@ char32_t readWide(const wchar_t*& p, const wchar_t* end)
     return 0x10000 + ((unit & 0x3FF) << 10) + (second & 0x3FF);
 }
 
+// What the page lacks becomes "?", one for each UTF-16 unit.
 void appendNarrow(std::string& text, const Page& page, wchar_t unit)
 {
     const auto point = static_cast<char32_t>(unit);

@@ -43,6 +43,8 @@ public:
 private:
     static constexpr std::size_t BlockSize = 16;
 
+    // Writes all that has been collected. The result is longer than what counts in it (m_size) by
+    // a block at least, so that short pieces may be written with some bytes too many.
     void flush()
     {
         if (m_count == 0)
@@ -99,6 +101,7 @@ private:
 
 }
 
+// Lowering keeps positions and sizes of characters, so that the lowered copy can be walked instead.
 bool containsAny(const std::string& s, const std::string& chars, bool caseSensitive)
 {
     const CodePage& page = CodePage::get();
@@ -111,6 +114,7 @@ bool containsAny(const std::string& s, const std::string& chars, bool caseSensit
     return false;
 }
 
+// The search goes on after each occurrence, so that they never overlap.
 std::string replaceAll(const std::string& s, const std::string& from, const std::string& to)
 {
     if (from.empty())

@@ -10,6 +10,7 @@ using Comparing::Exact;
 using Comparing::Lowered;
 using Comparing::Nul;
 
+// Folding lowers letters by 0x20; a byte that no letter is folded to is sought alone.
 template <class Folding>
 ByteFinder<Folding>::ByteFinder(char sought)
 {
@@ -29,6 +30,7 @@ inline ByteBlock ByteFinder<Folding>::find(ByteBlock block) const
         return found | block.equals(m_upper);
 }
 
+// Pages without double-byte characters need no test of where a character begins.
 template <class Folding>
 Search<Folding>::Search(std::string_view haystack, std::string_view needle, Comparing::By by)
     : m_haystack(haystack),
@@ -52,20 +54,20 @@ std::size_t Search<Folding>::next(std::size_t from)
     if (!m_failures.empty())
         return nextWithoutCandidates(from);
     while (m_candidates != 0 || findCandidates(from)) {
-        const std::size_t place =
+        const std::size_t position =
             m_block + static_cast<std::size_t>(std::countr_zero(m_candidates));
         m_candidates &= m_candidates - 1;
-        if (place < from)
+        if (position < from)
             continue;
-        if (isOccurrence(place))
-            return place;
-        if (isHopeless(place))
-            return nextWithoutCandidates(place + 1);
+        if (isOccurrence(position))
+            return position;
+        if (isHopeless(position))
+            return nextWithoutCandidates(position + 1);
     }
     return None;
 }
 
-// Looks at 32 places at once; the last ones are looked at together with some before them.
+// Looks at 32 positions at once; the last ones are looked at together with some before them.
 template <class Folding>
 bool Search<Folding>::findCandidates(std::size_t from)
 {
@@ -103,7 +105,7 @@ std::uint32_t Search<Folding>::candidatesAt(std::size_t position) const
     return (m_first.find(ByteBlock::load(p)) & last).mask();
 }
 
-// For the few places from `position` to the end.
+// For the few positions from `position` to the end.
 template <class Folding>
 std::uint32_t Search<Folding>::candidatesOneByOne(std::size_t position) const
 {
@@ -141,7 +143,7 @@ bool Search<Folding>::isHopeless(std::size_t passed) const
     return m_compared > ComparedPerByte * passed + m_needle.size() + 64;
 }
 
-// Asked for ascending positions only.
+// Walks from character to character, never back: asked for ascending positions only.
 template <class Folding>
 bool Search<Folding>::isCharacter(std::size_t position)
 {
@@ -164,6 +166,8 @@ std::size_t Search<Folding>::nextWithoutCandidates(std::size_t from)
     return found;
 }
 
+// From the back as long as that is cheap. Where characters begin is only known from the front, so
+// that double-byte pages, and hopeless texts, take the last one of all occurrences.
 template <class Folding>
 std::size_t Search<Folding>::last()
 {
@@ -172,14 +176,14 @@ std::size_t Search<Folding>::last()
         const unsigned char first = Folding::byte(m_needle.front());
         const unsigned char last = Folding::byte(m_needle.back());
         const std::size_t tail = m_needle.size() - 1;
-        std::size_t place = m_positions;
-        while (place > 0 && !isHopeless(m_positions - place)) {
-            --place;
-            if (Folding::byte(m_haystack[place]) == first &&
-                Folding::byte(m_haystack[place + tail]) == last && isOccurrence(place))
-                return place;
+        std::size_t position = m_positions;
+        while (position > 0 && !isHopeless(m_positions - position)) {
+            --position;
+            if (Folding::byte(m_haystack[position]) == first &&
+                Folding::byte(m_haystack[position + tail]) == last && isOccurrence(position))
+                return position;
         }
-        if (place == 0)
+        if (position == 0)
             return None;
     }
     visitAll(0, [&found](std::size_t occurrence) {
@@ -189,8 +193,9 @@ std::size_t Search<Folding>::last()
     return found;
 }
 
-// The method of Knuth, Morris and Pratt: calls visitor(position) for every occurrence, overlapping
-// ones too, until it returns false.
+// The automaton of Knuth, Morris and Pratt: `matched` is its state, the length of the longest
+// beginning of the needle that ends at the current byte. Calls visitor(position) for every
+// occurrence, overlapping ones too, until it returns false.
 template <class Folding>
 template <class Visitor>
 void Search<Folding>::visitAll(std::size_t from, Visitor visitor)
@@ -212,6 +217,7 @@ void Search<Folding>::visitAll(std::size_t from, Visitor visitor)
     }
 }
 
+// The same automaton, run over the needle itself.
 template <class Folding>
 void Search<Folding>::prepareFailures()
 {

@@ -77,6 +77,7 @@ std::unique_ptr<SingleBytePage> SingleBytePage::make()
     return isAscii ? std::move(page) : nullptr;
 }
 
+// False if some unit is not one byte.
 bool SingleBytePage::fillNarrow(unsigned first, unsigned last)
 {
     std::wstring units(last - first + 1, L'\0');
@@ -112,6 +113,7 @@ ByteBlock::Mask SingleBytePage::unequalBytes(ByteBlock bytes) const
     return bytes.mask();
 }
 
+// Most bytes are their own units: a block is widened as if all were, and the others are set right.
 void SingleBytePage::widen(std::string_view text, wchar_t* wide) const
 {
     const auto unitOf = [this](char c) { return m_wide[static_cast<unsigned char>(c)]; };
@@ -144,7 +146,8 @@ std::string SingleBytePage::toNarrow(std::wstring_view text) const
     return result;
 }
 
-// The number of units converted: up to the first one that is wider than 16 bits.
+// As `widen`: whole blocks are narrowed, and units that are no byte of the same number are set
+// right. Returns the number of units converted: up to the first one that is wider than 16 bits.
 std::size_t SingleBytePage::narrow(std::wstring_view text, char* narrow) const
 {
     std::size_t i = 0;

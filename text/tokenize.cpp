@@ -70,12 +70,13 @@ private:
     ByteBlock m_delimiters[FewDelimiters];
 };
 
-// Collects the tokens of a text that comes in masks of 64 bytes.
+// Collects the tokens of a text that comes as bitmaps, one bit a byte and 64 a word: the edges
+// between tokens and delimiters are found by shifts and counting zeros, never byte by byte.
 class Tokenizer {
 public:
     explicit Tokenizer(std::string_view text) : m_text(text) {}
 
-    // `tokens` has a bit for each byte of the text from `begin` on that is no delimiter.
+    // `tokens` has a set bit for each byte of the text from `begin` on that is no delimiter.
     void read(std::size_t begin, std::uint64_t tokens)
     {
         // Each token has one bit where it begins and one where it has ended.
@@ -94,6 +95,7 @@ public:
         }
     }
 
+    // Grows geometrically, but never less than needed.
     void expect(std::size_t tokens)
     {
         const std::size_t needed = m_tokens.size() + tokens;
@@ -151,6 +153,7 @@ std::vector<std::string> tokenize(const std::string& s, const std::string& delim
     return tokenizer.finish();
 }
 
+// Greedy, by bytes.
 std::vector<std::string> tokenize(const std::string& s, std::size_t maxLength)
 {
     std::vector<std::string> lines;
