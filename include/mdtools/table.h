@@ -56,7 +56,7 @@ private:
     using Point = std::pair<double, double>;
 
     // Finds the points next to an x, for all x in (from, to]; for none as long as `to` is not a
-    // number. Held in place, because a lookup takes no longer than following a pointer or two.
+    // number. A part of the table, because a lookup takes little longer than following a pointer.
     struct Index {
         double from = 0.0;
         double to = std::numeric_limits<double>::quiet_NaN();
