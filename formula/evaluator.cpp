@@ -26,6 +26,7 @@ char* skip(char* text, std::string_view set)
     return text;
 }
 
+// `text` has a terminator, so that it may be shorter.
 bool startsWith(const char* text, std::string_view name)
 {
     return std::strncmp(text, name.data(), name.size()) == 0;

@@ -23,7 +23,7 @@ public:
     std::size_t size() const { return m_size; }
     void clear() { m_size = 0; }
 
-    // Counted from the top, which is 0.
+    // The element `depth` below the top, which is 0.
     T& fromTop(std::size_t depth) { return m_data[m_size - 1 - depth]; }
 
     void push(const T& value)

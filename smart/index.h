@@ -43,7 +43,6 @@ public:
     static constexpr std::uint32_t MaxCell = (1U << 29) - 1;
 
     std::string_view name() const { return m_name->text(); }
-    const Shared<Name>& sharedName() const { return m_name; }
     Type type() const { return static_cast<Type>(m_place & 7U); }
     std::uint32_t cell() const { return m_place >> 3; }
     void setPlace(Type type, std::uint32_t cell);
@@ -51,10 +50,6 @@ public:
     bool isBefore(const Key& key) const
     {
         return m_start != key.start ? m_start < key.start : name() < key.text;
-    }
-    bool isAfter(const Key& key) const
-    {
-        return m_start != key.start ? m_start > key.start : name() > key.text;
     }
     bool equals(const Entry& other) const;
 

@@ -4,6 +4,7 @@
 
 namespace Tools::Smart {
 
+// Value fields that the token does not have keep what they had.
 void Lexer::storeIn(Token& token) const
 {
     if (!m_hasToken)
@@ -188,6 +189,7 @@ void Lexer::readWord(char first, bool isInArea)
         m_type = Token::Identifier;
 }
 
+// The word does not end within the area: it is put together in the buffer.
 void Lexer::readRestOfWord()
 {
     char c = 0;

@@ -53,6 +53,7 @@ void RecordData::free(RecordData* data, OwnerReturn<Index>& indexes,
         ::operator delete(data);
 }
 
+// Shares the index: a copy costs no names.
 RecordData* RecordData::createLike(const RecordData& other, Arena& arena)
 {
     RecordData* data = allocate(other.m_index, other.m_reals, arena);
@@ -88,6 +89,7 @@ std::uint32_t RecordData::capacity() const
     return m_newest != nullptr ? m_newest->firstCell + m_newest->cells : m_inlineCells;
 }
 
+// As many cells as there are already, so that blocks double.
 void RecordData::addBlock()
 {
     const std::uint32_t firstCell = capacity();

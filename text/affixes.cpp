@@ -38,7 +38,8 @@ bool isEqualByCharacters(const CodePage& page, const char* a, const char* b, std
     return true;
 }
 
-// Equal after toLower, for two texts of one size.
+// Equal after toLower, for two texts of one size: first whole blocks by ASCII case, which settles
+// most texts; what differs there may still be letters of the page.
 bool isEqualLowered(const char* a, const char* b, std::size_t size)
 {
     const CodePage& page = CodePage::get();

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <string_view>
 
 namespace Tools {
 

@@ -86,6 +86,7 @@ void replace(std::string& text, char from, char to)
     });
 }
 
+// Not the walk of CodePage: here a first byte whose second one is missing is no character.
 std::size_t count(const char* text)
 {
     const CodePage& page = CodePage::get();

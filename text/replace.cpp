@@ -137,6 +137,7 @@ std::string replaceLast(const std::string& s, const std::string& from, const std
     return found == ExactSearch::None ? result : result.replace(found, from.size(), to);
 }
 
+// `c` has one byte, so that the text becomes shorter where double-byte characters go.
 std::string replaceAny(const std::string& s, const std::string& chars, char c)
 {
     const CodePage& page = CodePage::get();

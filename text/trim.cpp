@@ -18,6 +18,7 @@ struct Ends {
     std::size_t last;
 };
 
+// The front first: of a text that is trimmed away altogether nothing is left for the back.
 Ends trimByteByByte(const std::string& s, const std::string& chars)
 {
     const ByteSet set(chars);

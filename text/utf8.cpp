@@ -2,6 +2,8 @@
 
 namespace Tools::Utf8 {
 
+// Only the second byte needs a range of its own: it decides whether a sequence is overlong, a
+// surrogate half, or too large.
 char32_t read(const char*& p, const char* end)
 {
     const auto first = static_cast<unsigned char>(*p++);
@@ -26,6 +28,7 @@ char32_t read(const char*& p, const char* end)
     return point;
 }
 
+// The first byte has as many high bits as there are bytes; each further byte holds six bits.
 void append(std::string& text, char32_t point)
 {
     if (point < 0x80) {
