@@ -10,9 +10,9 @@
 
 namespace Tools {
 
-// Up to eight characters in the bytes of a number, the first one in the lowest: what the processor
-// writes to memory in this order. The bytes behind them are zero.
-struct Characters {
+// Up to eight characters packed into a word (SIMD within a register), the first one in the lowest
+// byte: what the processor writes to memory in this order. The bytes after them are zero.
+struct PackedText {
     std::uint64_t bytes;
     int count;
 };
@@ -22,13 +22,13 @@ constexpr std::uint64_t lowBytes(int count)
     return (UINT64_C(1) << (8 * count)) - 1;
 }
 
-constexpr Characters character(char c)
+constexpr PackedText character(char c)
 {
     return {static_cast<unsigned char>(c), 1};
 }
 
 // Up to eight characters from less than eight and some more.
-constexpr Characters join(Characters first, Characters second)
+constexpr PackedText join(PackedText first, PackedText second)
 {
     return {first.bytes | second.bytes << (8 * first.count), first.count + second.count};
 }
@@ -72,14 +72,14 @@ inline TwoDigits splitDigits(std::uint64_t first, std::uint64_t second)
 }
 
 // From split digits as characters: without leading zeros, but with the last digit of a zero.
-constexpr Characters withoutLeadingZeros(std::uint64_t digits)
+constexpr PackedText withoutLeadingZeros(std::uint64_t digits)
 {
     const int zeros = std::countr_zero(digits | (UINT64_C(1) << 56)) / 8;
     return {(digits | Zeros) >> (8 * zeros), 8 - zeros};
 }
 
 // From split digits as characters: the first `count`, 1 to 8, of which the rest are zeros.
-constexpr Characters leadingDigits(std::uint64_t digits, int count)
+constexpr PackedText leadingDigits(std::uint64_t digits, int count)
 {
     return {digits | (Zeros >> (64 - 8 * count)), count};
 }
@@ -90,12 +90,12 @@ constexpr std::uint64_t factorToEight(int count)
     return PowersOfTen::integer(8 - count);
 }
 
-constexpr Characters wholeDigits(std::uint64_t number)
+constexpr PackedText wholeDigits(std::uint64_t number)
 {
     return withoutLeadingZeros(splitDigits(number));
 }
 
-constexpr Characters paddedDigits(std::uint64_t number, int count)
+constexpr PackedText paddedDigits(std::uint64_t number, int count)
 {
     return leadingDigits(splitDigits(number * factorToEight(count)), count);
 }
@@ -107,13 +107,13 @@ public:
     ShortText() = default;
 
     // Two times up to eight characters.
-    ShortText(Characters first, Characters second)
+    ShortText(PackedText first, PackedText second)
         : m_low(first.bytes | second.bytes << (4 * first.count) << (4 * first.count)),
           m_high(second.bytes >> (32 - 4 * first.count) >> (32 - 4 * first.count)),
           m_count(first.count + second.count)
     {}
 
-    void append(Characters characters)
+    void append(PackedText characters)
     {
         if (m_count + characters.count > 16)
             makeRoom();
@@ -150,7 +150,7 @@ public:
 
     std::string toString()
     {
-        // Fifteen characters in place, whatever they are.
+        // Fifteen characters within the string itself, whatever they are.
         std::string text("               ");
         if (m_fullWords + (m_count >> 4) > 0) {
             assignLong(text);

@@ -22,7 +22,7 @@ constexpr int SmallestStep = -324 / 3;
 constexpr int GreatestStep = 309 / 3;
 constexpr int SmallestNormalStep = -306 / 3;
 
-// How far the fraction of 10^k stands above that of a number whose logarithm still rounds to k.
+// How far the fraction of 10^k is above that of a number whose logarithm still rounds to k.
 constexpr std::uint64_t reachBelow(int k)
 {
     if (k == 0)

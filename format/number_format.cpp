@@ -19,29 +19,29 @@ namespace {
 // A text and its terminator fill a buffer of 1,024 characters at most; what does not fit is empty.
 constexpr int LongestText = 1023;
 
-// What the functions below print: a finite magnitude behind its sign, which is 1 for a minus.
+// What the functions below print: a finite magnitude and its sign, which is 1 for a minus.
 struct Number {
     double magnitude;
     unsigned int sign;
 };
 
 // Without a branch, because nobody can predict signs.
-constexpr Characters signOf(Number number)
+constexpr PackedText signOf(Number number)
 {
     return {character('-').bytes * number.sign, static_cast<int>(number.sign)};
 }
 
-constexpr Characters exponentOf(int exponent)
+constexpr PackedText exponentOf(int exponent)
 {
     const auto magnitude = static_cast<unsigned int>(exponent < 0 ? -exponent : exponent);
-    const Characters letterAndSign{exponent < 0 ? 0x2D45u : 0x2B45u, 2}; // "E-", "E+"
+    const PackedText letterAndSign{exponent < 0 ? 0x2D45u : 0x2B45u, 2}; // "E-", "E+"
     if (magnitude >= 100)
         return join(letterAndSign, paddedDigits(magnitude, 3));
     const unsigned int tens = (magnitude * 103) >> 10;
     return join(letterAndSign, {0x3030u + tens + ((magnitude - 10 * tens) << 8), 2});
 }
 
-std::string printByLibrary(Number number, std::chars_format format, int count, Characters tail = {})
+std::string printByLibrary(Number number, std::chars_format format, int count, PackedText tail = {})
 {
     char text[LongestText];
     text[0] = '-';
@@ -101,7 +101,7 @@ bool roundForText(double magnitude, int count, Significant& result)
     return result.digits != 0 || magnitude == 0.0;
 }
 
-// `count` digits with a point behind the first `whole` ones, unless these are all.
+// `count` digits with a point after the first `whole` ones, unless these are all.
 void appendWithPoint(ShortText& text, std::uint64_t digits, int count, int whole)
 {
     if (count == whole) {
@@ -140,7 +140,7 @@ std::string printGeneral(Number number, int precision)
         return printByLibrary(number, std::chars_format::general, count);
     const int exponent = rounded.exponent;
     const bool isScientific = exponent < -4 || exponent >= count;
-    // Zeros at the end go, but not those in front of the point.
+    // Zeros at the end go, but not those before the point.
     const int least = isScientific || exponent < 0 ? 1 : exponent + 1;
     for (; count > least && rounded.digits % 10 == 0; --count)
         rounded.digits /= 10;
@@ -164,7 +164,7 @@ std::string printEngineering(Number number, int decimals)
     if (number.magnitude != 0.0)
         engineering = toEngineering(number.magnitude);
     number.magnitude = engineering.mantissa;
-    const Characters tail = exponentOf(engineering.exponent);
+    const PackedText tail = exponentOf(engineering.exponent);
     if (!isUsualFixed(number, decimals))
         return printByLibrary(number, std::chars_format::fixed, decimals, tail);
     ShortText text = fixedText(number, decimals);

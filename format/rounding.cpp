@@ -44,7 +44,8 @@ constexpr std::uint64_t lowBits(int count)
 std::uint64_t shiftAndRound(Product number, int shift)
 {
     const std::uint64_t quotient = number.high >> (shift - 64);
-    // What is cut off, from the highest bit on; the lowest one stands for all bits below it.
+    // What is cut off, from the highest bit on; the lowest one is set for any bit below it (a
+    // sticky bit).
     const std::uint64_t rest = (number.high << (128 - shift)) | (number.low != 0 ? 1 : 0);
     return quotient + (rest > Half || (rest == Half && (quotient & 1) != 0) ? 1 : 0);
 }
@@ -81,7 +82,7 @@ int decimalExponent(const Binary& normalized)
     return reached ? next : next - 1;
 }
 
-// The product of a number and a power of ten stands so close to a tie that it must be looked at
+// The product of a number and a power of ten is so close to a tie that it must be looked at
 // closely; 0 if that does not help.
 std::uint64_t decideTie(double magnitude, Product product, int shift, int power)
 {
@@ -116,13 +117,13 @@ FixedPoint roundToPlaces(double magnitude, int places)
     const std::uint64_t power = PowersOfTen::integer(places);
     if (shift >= 64)
         return {0, roundSmall(binary.significand, shift, power)};
-    // The bits behind the point, from the highest bit on: times a power of ten, that is a whole
-    // number and what is left behind the point.
+    // The bits after the point, from the highest bit on: times a power of ten, that is a whole
+    // number and what is left after the point.
     const std::uint64_t whole = binary.significand >> shift;
     const std::uint64_t bits = binary.significand << (64 - shift);
     const Product product =
         places < 10 ? multiply(bits, static_cast<std::uint32_t>(power)) : multiply(bits, power);
-    // The last digit is one of the whole number if there are no places.
+    // The last digit is one of the whole number if there are no decimals.
     const std::uint64_t odd = ((whole & power) ^ product.high) & 1;
     const std::uint64_t fraction = product.high + (product.low > Half - odd ? 1 : 0);
     const bool carry = fraction == power;

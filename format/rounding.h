@@ -4,7 +4,7 @@
 
 namespace Tools {
 
-// The decimal roundings behind the number styles, in exact integer arithmetic: to the nearest, ties
+// The decimal roundings of the number styles, in exact integer arithmetic: to the nearest, ties
 // to even, whatever the rounding mode of the processor. They serve the numbers that listings are
 // made of; the rest is left to the standard library.
 

@@ -1,11 +1,10 @@
 #include "formula/evaluator.h"
 
 #include "platform/trigonometry.h"
-#include "text/numbers.h"
+#include "text/decimal.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <mdmath/mdmath.h>
@@ -14,16 +13,6 @@
 namespace Tools {
 
 namespace {
-
-using Numbers::isDigit;
-
-// Puts the digits at `text` behind others; returns their end.
-const char* addDigits(const char* text, std::uint64_t& digits)
-{
-    for (; isDigit(*text); ++text)
-        digits = digits * 10 + static_cast<std::uint64_t>(*text - '0');
-    return text;
-}
 
 bool isHexDigit(char c)
 {
@@ -37,6 +26,7 @@ char* skip(char* text, std::string_view set)
     return text;
 }
 
+// `text` has a terminator, so that it may be shorter.
 bool startsWith(const char* text, std::string_view name)
 {
     return std::strncmp(text, name.data(), name.size()) == 0;
@@ -56,6 +46,7 @@ FormulaEvaluator::FormulaEvaluator(char* text, std::size_t size, const char* ori
     : m_first(text), m_end(text + size), m_original(original), m_pi(pi), m_cursor(text)
 {}
 
+// `continue` goes on within a level, `break` ends one or more of them.
 FormulaValue FormulaEvaluator::evaluate()
 {
     for (;;) {
@@ -105,7 +96,7 @@ void FormulaEvaluator::open(Opener opener)
     m_level = NewLevel;
 }
 
-// Ends levels, one as a rule; false if the outermost one has ended.
+// The way back of the descent. Ends levels, one as a rule; false if the outermost one has ended.
 bool FormulaEvaluator::close()
 {
     for (;;) {
@@ -152,6 +143,7 @@ bool FormulaEvaluator::take(FormulaValue inner)
     }
 }
 
+// A part without a number counts as one once it is multiplied or divided by.
 void FormulaEvaluator::apply(double operand, bool hasValue)
 {
     if (m_level.operation == '+') {
@@ -205,26 +197,15 @@ bool FormulaEvaluator::readNumber()
     return true;
 }
 
-// The usual ones: a double holds their digits and their power of ten exactly, so that one division
-// rounds them correctly. False for others.
+// The usual ones. False for others.
 bool FormulaEvaluator::readShortNumber()
 {
-    static constexpr double Powers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                        1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-    constexpr std::ptrdiff_t MostDigits = 15;
-    std::uint64_t digits = 0;
-    const char* const point = addDigits(m_cursor, digits);
-    const char* end = point;
-    std::ptrdiff_t decimals = 0;
-    if (*point == '.') {
-        end = addDigits(point + 1, digits);
-        decimals = end - point - 1;
-    }
-    if (point - m_cursor + decimals > MostDigits || *end == 'e' || *end == 'x')
+    const Numbers::Short number(m_cursor);
+    const char* const end = number.end;
+    if (end == nullptr || isDigit(*end) || *end == 'e' || *end == 'x')
         return false;
-    const auto number = static_cast<double>(static_cast<std::int64_t>(digits));
     m_cursor += end - m_cursor;
-    setOperand(decimals == 0 ? number : number / Powers[decimals]);
+    setOperand(number.isReal ? number.real : static_cast<double>(number.whole));
     return true;
 }
 
@@ -234,6 +215,7 @@ void FormulaEvaluator::setOperand(double operand)
     apply(operand, true);
 }
 
+// A point at the very end is the number 0; one without a digit after it turns blanks to zeros.
 void FormulaEvaluator::readPoint()
 {
     const bool isLast = m_cursor + 1 == m_end;
@@ -275,6 +257,7 @@ void FormulaEvaluator::skipClosing()
         ++m_cursor;
 }
 
+// Reading never goes further than this, so that a sign is what the flips make of it.
 void FormulaEvaluator::settleSigns(const char* end)
 {
     if (m_flips.isActive())
@@ -282,7 +265,7 @@ void FormulaEvaluator::settleSigns(const char* end)
                        static_cast<std::size_t>(std::min<const char*>(end, m_end) - m_first));
 }
 
-// The sign of an exponent behind "p" is turned round like any other. That of a decimal exponent
+// The sign of an exponent after "p" is turned round like any other. That of a decimal exponent
 // never is, so that decimal numbers need not be settled.
 void FormulaEvaluator::settleHexadecimal()
 {
@@ -306,7 +289,7 @@ void FormulaEvaluator::replaceBlanks()
     std::replace_if(m_cursor, m_end, isBlank, '0');
 }
 
-// The text behind a character without meaning must be what was given.
+// The text after a character without meaning must be what was given.
 void FormulaEvaluator::compareRest()
 {
     // All levels end here, but once is enough.

@@ -22,9 +22,9 @@ constexpr char normalizeFormulaCharacter(char character)
     return character == ',' ? '.' : character;
 }
 
-// Reads one formula from left to right. Parts that stand in parentheses, behind a sign or behind a
-// function are read before what stands in front of them goes on; the levels that wait are kept on a
-// stack of our own, because there may be millions of them.
+// Reads one formula from left to right in one pass: a recursive descent with an explicit stack.
+// Parts in parentheses, after a sign or after a function are read before what precedes them goes
+// on; the levels that wait are on that stack, because there may be millions of them.
 class FormulaEvaluator {
 public:
     // `text` is normalized, ends with a terminator and is changed; `original` has the characters
@@ -50,7 +50,7 @@ private:
     };
     struct Function {
         std::string_view name;
-        // What is skipped behind the name: its own characters and blanks.
+        // What is skipped after the name: its own characters and blanks.
         std::string_view set;
         Opener opener;
     };

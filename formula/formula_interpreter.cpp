@@ -47,7 +47,7 @@ bool readBars(std::string_view text, double pi, double& area)
 {
     const Parts split = splitAtDiameter(text);
     const auto& [first, second] = split.parts;
-    if (split.count == 2 && Numbers::isDigit(first.back()) && Numbers::isDigit(second.front())) {
+    if (split.count == 2 && isDigit(first.back()) && isDigit(second.front())) {
         const double diameter = atoi(second.data());
         area = atoi(first.data()) * diameter * diameter * pi / 400.0;
         return true;
@@ -96,6 +96,7 @@ mdt::Nullable<double> FormulaInterpreter::tryEvaluate(const std::string& text)
     return FormulaInterpreter().tryValue(text);
 }
 
+// Evaluation works on a copy, normalized while it is made, and changes signs in it.
 double FormulaInterpreter::evaluateText(const char* text, std::size_t size) const
 {
     if (size == 0)

@@ -6,16 +6,17 @@
 
 namespace Tools {
 
-// Turns round signs in the rest of a formula, as each "-" demands, without going through the rest
-// again for each of them. A flip that starts at a position
-// - turns "+" into "-" and "-" into "+", but not within parentheses that open behind its start;
+// Lazy flips: turns round signs in the rest of a formula, as each "-" demands, when they are read
+// and not for each "-" anew. A flip that starts at a position
+// - turns "+" into "-" and "-" into "+", but not within parentheses that open after its start;
 // - ends at the ")" of the parenthesis that it starts in;
-// - leaps from an "e" to the next digit, so that exponents keep their signs, whatever stands
+// - leaps from an "e" to the next digit, so that exponents keep their signs, whatever is
 //   between, parentheses included; without another digit it ends.
 //
 // All flips go along together. They differ only in the parenthesis that they started in, and two of
-// the same parenthesis undo each other, so that one bit for each open parenthesis tells them all.
-// Those on a leap wait aside for the digit, while others may start on what is leapt over.
+// the same parenthesis undo each other, so that a parity bit for each open parenthesis is all that
+// has to be kept. Those on a leap wait aside for the digit, while others may start on what is leapt
+// over.
 class SignFlips {
 public:
     bool isActive() const { return m_isActive; }

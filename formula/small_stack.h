@@ -8,7 +8,8 @@
 
 namespace Tools {
 
-// A stack of plain values that takes memory from the heap only when it grows beyond `Inline`.
+// A stack of plain values with a small buffer in place: it takes memory from the heap only when it
+// grows beyond `Inline`, and doubles then.
 template <class T, std::size_t Inline>
 class SmallStack {
     static_assert(std::is_trivially_copyable_v<T>);
@@ -22,7 +23,7 @@ public:
     std::size_t size() const { return m_size; }
     void clear() { m_size = 0; }
 
-    // Counted from the top, which is 0.
+    // The element `depth` below the top, which is 0.
     T& fromTop(std::size_t depth) { return m_data[m_size - 1 - depth]; }
 
     void push(const T& value)

@@ -36,6 +36,11 @@ std::size_t countBelow(const Point* points, double x)
     return static_cast<std::size_t>(-_mm_cvtsi128_si64(sum));
 }
 
+inline double interpolate(const Point& a, const Point& b, double x)
+{
+    return a.second + (b.second - a.second) * (x - a.first) / (b.first - a.first);
+}
+
 void prefetch(const Point* point)
 {
     _mm_prefetch(reinterpret_cast<const char*>(point), _MM_HINT_T0);
@@ -106,11 +111,6 @@ void Table::enableLowerExtrapolation(bool enable)
 void Table::enableUpperExtrapolation(bool enable)
 {
     m_upperExtrapolation = enable;
-}
-
-inline double Table::interpolate(const Point& a, const Point& b, double x)
-{
-    return a.second + (b.second - a.second) * (x - a.first) / (b.first - a.first);
 }
 
 // Never decreases with x, also in the last bit, so that points of other buckets than that of an x
@@ -195,6 +195,9 @@ void Table::reset()
     m_index = Index();
 }
 
+// A bucket index: the range between the first and the last finite x is cut into buckets of equal
+// width, as many as there are points, and each knows its first point; one more holds the end.
+// `lastFew` is the first of the last FewPoints points.
 void Table::makeIndex()
 {
     // Infinities lie in the outermost buckets. Where no width can be had, because all x are the

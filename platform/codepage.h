@@ -4,8 +4,8 @@
 #include <string>
 
 // The process's ANSI code page. It is the same for the whole life of the process; all functions may
-// be called from any thread. On Windows the system's page and conversion answer; elsewhere the page
-// is named by MDTOOLS_CODEPAGE and converted by tables that iconv fills on first use.
+// be called from any thread. On Windows the system's page and conversion answer; elsewhere
+// MDTOOLS_CODEPAGE names the page, and text/page_tables.cpp converts by tables.
 namespace Tools::Platform {
 
 // Marks the bytes that begin a double-byte character; none in single-byte pages and in UTF-8.

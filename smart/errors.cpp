@@ -21,6 +21,7 @@ std::string typeName(Type type)
     return "error - not specified...";
 }
 
+// Callers log these messages and compare them: they are part of the interface.
 NotAvailable::NotAvailable(const std::string& name)
     : NotAvailable(name, "Tools::Smart::NotAvailable: " + name)
 {}

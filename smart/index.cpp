@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t BlockSize = 128;
 
 // The first four bytes as a number that orders as the bytes do. Shorter texts are filled up with
-// zeros, the smallest byte, so that they never come out behind a longer text that begins with them.
+// zeros, the smallest byte, so that they never come out after a longer text that begins with them.
 std::uint32_t startOf(std::string_view text)
 {
     std::uint32_t start = 0;
@@ -26,6 +26,7 @@ std::uint32_t startOf(std::string_view text)
 
 }
 
+// The text follows the object in the same allocation.
 Shared<Name> Name::create(std::string_view text)
 {
     void* memory = ::operator new(sizeof(Name) + text.size());
@@ -95,6 +96,7 @@ Index::Position Index::next(Position position) const
     return {position.block + 1, 0};
 }
 
+// A binary search for the block, by the last entry of each, and another one within it.
 Index::Position Index::lowerBound(const Key& key) const
 {
     const auto isBlockBefore = [](const Block& b, const Key& k) { return b.back().isBefore(k); };
@@ -131,6 +133,7 @@ bool Index::equals(const Index& other) const
                       other.m_blocks.end(), sameBlock);
 }
 
+// Names that come in order never need the search.
 Entry& Index::insert(Entry entry)
 {
     const Key key(entry.name());
@@ -146,7 +149,8 @@ Entry& Index::insert(Entry entry)
     return *block.insert(place, std::move(entry));
 }
 
-// Leaves the blocks full when names come in order.
+// Opens a new block instead of splitting a full one: leaves the blocks full when names come in
+// order.
 Entry& Index::append(Entry entry)
 {
     if (!m_blocks.empty() && m_blocks.back().size() < BlockSize)
@@ -156,6 +160,7 @@ Entry& Index::append(Entry entry)
     return m_blocks.emplace_back(std::move(block)).back();
 }
 
+// The block's upper half becomes the next block.
 void Index::split(std::size_t block)
 {
     Block upper;
@@ -189,6 +194,7 @@ void Index::erase(std::string_view name)
     m_blocks.erase(here + 1);
 }
 
+// Free lists, one a size.
 void Index::releaseCells(std::uint32_t cell, bool ofText)
 {
     if (!m_free)

@@ -43,7 +43,6 @@ public:
     static constexpr std::uint32_t MaxCell = (1U << 29) - 1;
 
     std::string_view name() const { return m_name->text(); }
-    const Shared<Name>& sharedName() const { return m_name; }
     Type type() const { return static_cast<Type>(m_place & 7U); }
     std::uint32_t cell() const { return m_place >> 3; }
     void setPlace(Type type, std::uint32_t cell);
@@ -51,10 +50,6 @@ public:
     bool isBefore(const Key& key) const
     {
         return m_start != key.start ? m_start < key.start : name() < key.text;
-    }
-    bool isAfter(const Key& key) const
-    {
-        return m_start != key.start ? m_start > key.start : name() > key.text;
     }
     bool equals(const Entry& other) const;
 
@@ -68,9 +63,9 @@ private:
 // Records of the same structure share one index, so it is only changed by a record that owns it
 // alone (SharedObject::hasOneOwner).
 //
-// The entries stand in sorted blocks of limited size. Appending in order costs constant time, and
-// an insertion elsewhere moves no more than one block, so that no order of insertion becomes
-// quadratic.
+// A B-tree of two levels: the entries are in sorted blocks of limited size. Appending in order
+// costs constant time, and an insertion elsewhere moves no more than one block, so that no order of
+// insertion becomes quadratic.
 class Index : public SharedObject {
 public:
     using Block = std::vector<Entry>;
@@ -87,7 +82,7 @@ public:
     bool isEmpty() const { return m_blocks.empty(); }
     const std::vector<Block>& blocks() const { return m_blocks; }
 
-    // The entry at the position, null behind the last one.
+    // The entry at the position, null after the last one.
     const Entry* at(Position position) const;
     Position next(Position position) const;
     // The first entry that is not before the key.

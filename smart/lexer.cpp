@@ -4,6 +4,7 @@
 
 namespace Tools::Smart {
 
+// Value fields that the token does not have keep what they had.
 void Lexer::storeIn(Token& token) const
 {
     if (!m_hasToken)
@@ -55,6 +56,8 @@ void Lexer::next()
     m_hasToken = true;
 }
 
+// The one way past the end of the area: what follows comes from the stream, character by character
+// or as a new area.
 bool Lexer::get(char& c)
 {
     const char* next = m_reader.next();
@@ -117,7 +120,7 @@ bool Lexer::skipComment()
     return true;
 }
 
-// Reads a text behind its opening quote, with all its continuations.
+// Reads a text after its opening quote, with all its continuations.
 void Lexer::readQuoted()
 {
     const char* const start = m_reader.next();
@@ -157,7 +160,7 @@ bool Lexer::readQuotedPiece()
     return true;
 }
 
-// Reads the character behind a backslash.
+// Reads the character after a backslash.
 bool Lexer::readEscaped()
 {
     char c = 0;
@@ -167,6 +170,7 @@ bool Lexer::readEscaped()
     return true;
 }
 
+// `first` is taken; isInArea: it is the character before the reader's position in the area.
 void Lexer::readWord(char first, bool isInArea)
 {
     const char* const start = m_reader.next();
@@ -185,6 +189,7 @@ void Lexer::readWord(char first, bool isInArea)
         m_type = Token::Identifier;
 }
 
+// The word does not end within the area: it is put together in the buffer.
 void Lexer::readRestOfWord()
 {
     char c = 0;
@@ -203,6 +208,7 @@ void Lexer::readRestOfWord()
     m_text = m_buffer;
 }
 
+// A word that begins as a number has to be one.
 void Lexer::readNumber()
 {
     if (parseNumber(m_text, m_number))
@@ -211,6 +217,7 @@ void Lexer::readNumber()
         fail();
 }
 
+// What was taken for the token stays taken.
 void Lexer::fail()
 {
     m_type = Token::Invalid;

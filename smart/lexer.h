@@ -11,8 +11,9 @@
 
 namespace Tools::Smart {
 
-// Reads tokens from a stream without allocating for them. The stream is up to date after
-// the lexer's end.
+// Reads tokens from a stream without allocating for them: a token's text is a view into the
+// stream's get area, and is copied only when the area ends within or after it. The stream is up to
+// date after the lexer's end.
 class Lexer {
 public:
     // `buffer` is scratch memory. The lexer goes on for an iterator that may have ended.
@@ -35,7 +36,7 @@ public:
     // that the stream's exception interrupted nothing.
     void storeIn(Token& token) const;
 
-    // The rest of the stream's area, for a caller that reads tokens there itself. It tells where
+    // The rest of the stream's area, for a caller that reads tokens there itself. It reports where
     // they ended and what the last one was; text lies in the area.
     const char* areaNext() const { return m_reader.next(); }
     const char* areaEnd() const { return m_reader.end(); }

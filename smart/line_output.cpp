@@ -25,6 +25,7 @@ bool isStringStream(const std::ostream& stream)
 
 }
 
+// Everything that could change the text of a number, or add to it, must be at its default.
 bool PlainOutput::serves(const std::ostream& stream)
 {
     const ios_base::fmtflags harmless = ios_base::dec | ios_base::fixed | ios_base::scientific |
@@ -37,6 +38,7 @@ bool PlainOutput::serves(const std::ostream& stream)
            stream.getloc() == std::locale::classic();
 }
 
+// The stream's settings are read once: nobody changes them while a tree is written.
 PlainOutput::PlainOutput(std::ostream& stream)
     : m_stream(stream),
       m_format(std::chars_format::general),
@@ -56,6 +58,7 @@ void PlainOutput::write(int value)
     m_size += static_cast<std::size_t>(end - digits);
 }
 
+// Infinities and not-a-numbers are left to the stream, whose library has its own words for them.
 void PlainOutput::write(double value)
 {
     if (!std::isfinite(value)) {

@@ -42,7 +42,7 @@ public:
     void endLine()
     {
         write("\n");
-        if (!m_isString || m_size >= PageSize)
+        if (!m_isString || m_size >= BatchSize)
             flush();
     }
     // To be called at the end.
@@ -50,11 +50,13 @@ public:
 
 private:
     // How much waits for a string stream.
-    static constexpr std::size_t PageSize = 65536;
-    // Of any number: the largest one in fixed style.
+    static constexpr std::size_t BatchSize = 65536;
+    // The most decimals that `serves` accepts, and what any number then takes: the largest one in
+    // fixed style.
     static constexpr int MaxPrecision = 40;
     static constexpr std::size_t MaxLength = 320 + MaxPrecision;
 
+    // Hands over what is in the buffer, as the stream itself would: its state and its exceptions.
     void flush();
     void setBad();
     void grow(std::size_t size);

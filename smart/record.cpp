@@ -10,6 +10,7 @@ namespace Tools::Smart {
 
 namespace {
 
+// A record without entries has no data.
 const Entry* findEntry(const RecordData* data, std::string_view name)
 {
     return data != nullptr ? data->index().find(name) : nullptr;
@@ -23,6 +24,7 @@ const Entry& getEntry(const RecordData* data, std::string_view name)
     return *entry;
 }
 
+// The wanted type is that of `T`; numbers take another way where a decimal serves as a real.
 template <class T>
 T& getValue(const RecordData* data, std::string_view name, Type wanted)
 {
@@ -32,6 +34,7 @@ T& getValue(const RecordData* data, std::string_view name, Type wanted)
     return data->value<T>(entry);
 }
 
+// Only quotes: the format has no escape for the backslash itself.
 std::string withEscapedQuotes(const std::string& text)
 {
     std::string result;
@@ -46,6 +49,7 @@ std::string withEscapedQuotes(const std::string& text)
 
 }
 
+// Whatever fails, the part that was copied is whole (see RecordData::copy) and can be destroyed.
 Record::Record(const Record& other)
 {
     try {
@@ -123,6 +127,7 @@ int Record::getDecimal(std::string_view name) const
     return getValue<int>(m_data, name, Type::Decimal);
 }
 
+// A real without fraction is written, and read back, as a decimal.
 double Record::getReal(std::string_view name) const
 {
     const Entry& entry = getEntry(m_data, name);

@@ -19,29 +19,32 @@ constexpr int MaxDepth = 40;
 
 }
 
+// For a record that grows entry by entry.
 RecordData* RecordData::allocate(Shared<Index> index, std::uint32_t cells, std::uint32_t reals)
 {
     void* memory = ::operator new(sizeof(RecordData) + sizeof(Cell) * cells);
-    return new (memory) RecordData(std::move(index), Shared<Page>(), cells, reals);
+    return new (memory) RecordData(std::move(index), Shared<ArenaPage>(), cells, reals);
 }
 
-RecordData* RecordData::allocate(Shared<Index> index, std::uint32_t reals, PagePool& pool)
+// For a record whose entries are known: just the cells that they take.
+RecordData* RecordData::allocate(Shared<Index> index, std::uint32_t reals, Arena& arena)
 {
     const std::uint32_t cells = index->usedCells();
-    Shared<Page> page;
-    void* memory = pool.allocate(sizeof(RecordData) + sizeof(Cell) * cells, page);
+    Shared<ArenaPage> page;
+    void* memory = arena.allocate(sizeof(RecordData) + sizeof(Cell) * cells, page);
     return new (memory) RecordData(std::move(index), std::move(page), cells, reals);
 }
 
+// The values are gone. Owners go in batches: the records of a tree mostly share index and page.
 void RecordData::free(RecordData* data, OwnerReturn<Index>& indexes,
-                      OwnerReturn<Page>& pages) noexcept
+                      OwnerReturn<ArenaPage>& pages) noexcept
 {
     for (Block* block = data->m_newest; block != nullptr;) {
         Block* older = block->older;
         ::operator delete(block);
         block = older;
     }
-    Page* page = data->m_page.release();
+    ArenaPage* page = data->m_page.release();
     indexes.add(data->m_index.release());
     data->~RecordData();
     if (page != nullptr)
@@ -50,15 +53,17 @@ void RecordData::free(RecordData* data, OwnerReturn<Index>& indexes,
         ::operator delete(data);
 }
 
-RecordData* RecordData::createLike(const RecordData& other, PagePool& pool)
+// Shares the index: a copy costs no names.
+RecordData* RecordData::createLike(const RecordData& other, Arena& arena)
 {
-    RecordData* data = allocate(other.m_index, other.m_reals, pool);
+    RecordData* data = allocate(other.m_index, other.m_reals, arena);
     for (const Index::Block& block : data->index().blocks())
         for (const Entry& entry : block)
             data->construct(data->typeOf(entry), entry.cell());
     return data;
 }
 
+// Nothing to note where the index holds the type of the number itself.
 void RecordData::flagReal(std::uint32_t cell, bool isReal)
 {
     m_reals = isReal ? m_reals | realFlag(cell) : m_reals & ~realFlag(cell);
@@ -70,6 +75,7 @@ void RecordData::setType(Entry& entry, Type type, std::uint32_t cell)
     flagReal(cell, type == Type::Real);
 }
 
+// The newest block is the largest one, so that half of the cells are found at once.
 Cell* RecordData::cellInBlocks(std::uint32_t cell) const
 {
     for (Block* block = m_newest; block != nullptr; block = block->older)
@@ -83,6 +89,7 @@ std::uint32_t RecordData::capacity() const
     return m_newest != nullptr ? m_newest->firstCell + m_newest->cells : m_inlineCells;
 }
 
+// As many cells as there are already, so that blocks double.
 void RecordData::addBlock()
 {
     const std::uint32_t firstCell = capacity();
@@ -112,33 +119,35 @@ std::uint32_t RecordData::allocateCells(Type type)
     return cell;
 }
 
+// Copy on write: the index of several records is never changed.
 void RecordData::makeIndexOwn()
 {
     if (!m_index->hasOneOwner())
         m_index = Shared<Index>(new Index(*m_index));
 }
 
+// Empty or zero.
 Cell* RecordData::construct(Type type, std::uint32_t cell)
 {
-    Cell* place = cellAt(cell);
+    Cell* address = cellAt(cell);
     switch (type) {
     case Type::Text:
-        new (place) std::string;
+        new (address) std::string;
         break;
     case Type::Sequence:
-        new (place) Sequence;
+        new (address) Sequence;
         break;
     case Type::Record:
-        new (place) Record;
+        new (address) Record;
         break;
     case Type::Real:
-        new (place) double(0.0);
+        new (address) double(0.0);
         break;
     default:
-        new (place) int(0);
+        new (address) int(0);
         break;
     }
-    return place;
+    return address;
 }
 
 void RecordData::destroyValue(const Entry& entry)
@@ -158,6 +167,7 @@ void RecordData::destroyValue(const Entry& entry)
     }
 }
 
+// Looks the name up once where the entry is there and keeps its type.
 Cell* RecordData::provideCell(Record& record, std::string_view name, Type type)
 {
     RecordData*& data = of(record);
@@ -216,6 +226,7 @@ void RecordData::erase(Record& record, std::string_view name)
         record = Record();
 }
 
+// Equal lists in equal cells: only then may one index serve for both.
 void RecordData::shareIndex(Record& record, const Record& model, int depth)
 {
     RecordData* data = of(record);
@@ -262,7 +273,7 @@ private:
     void copyValue(const RecordData& from, const RecordData& to, const Entry& entry, int depth);
 
     std::vector<Task> m_waiting;
-    PagePool m_pool;
+    Arena m_arena;
 };
 
 void Copy::copy(const Record& source, Record& target, int depth)
@@ -274,7 +285,7 @@ void Copy::copy(const Record& source, Record& target, int depth)
         m_waiting.push_back({&source, &target});
         return;
     }
-    const RecordData* to = RecordData::of(target) = RecordData::createLike(*from, m_pool);
+    const RecordData* to = RecordData::of(target) = RecordData::createLike(*from, m_arena);
     for (const Index::Block& block : from->index().blocks())
         for (const Entry& entry : block)
             copyValue(*from, *to, entry, depth);
@@ -315,7 +326,7 @@ void RecordData::copy(const Sequence& source, Sequence& target)
     Copy::run(source, target);
 }
 
-// Destroys a tree.
+// Destroys a tree without deep recursion: what lies deeper than MaxDepth waits in a list.
 class Release {
 public:
     void run(RecordData* data)
@@ -345,7 +356,7 @@ private:
     std::vector<RecordData*> m_waiting;
     // Records within others usually have another index than those around them.
     OwnerReturn<Index> m_indexes[2];
-    OwnerReturn<Page> m_pages;
+    OwnerReturn<ArenaPage> m_pages;
 };
 
 void Release::release(RecordData* data, int depth)

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "smart/arena.h"
 #include "smart/index.h"
-#include "smart/page.h"
 
 #include <mdtools/smart_record.h>
 
@@ -32,14 +32,14 @@ inline constexpr std::uint32_t TextCells = (sizeof(std::string) + sizeof(Cell) -
 // and setType.
 class RecordData {
 public:
-    // Cells whose numbers are not told apart by the index.
+    // Cells of whose numbers the index does not know whether they are reals.
     static constexpr std::uint32_t FlaggedCells = 32;
 
     // The values of the index's entries are not there yet: the caller constructs them in their
     // cells.
-    static RecordData* allocate(Shared<Index> index, std::uint32_t reals, PagePool& pool);
+    static RecordData* allocate(Shared<Index> index, std::uint32_t reals, Arena& arena);
     // With the same entries, all of them empty or zero.
-    static RecordData* createLike(const RecordData& other, PagePool& pool);
+    static RecordData* createLike(const RecordData& other, Arena& arena);
 
     static RecordData*& of(Record& record) { return record.m_data; }
     static const RecordData* of(const Record& record) { return record.m_data; }
@@ -107,13 +107,14 @@ private:
         std::uint32_t cells;
     };
 
-    RecordData(Shared<Index> index, Shared<Page> page, std::uint32_t cells, std::uint32_t reals)
+    RecordData(Shared<Index> index, Shared<ArenaPage> page, std::uint32_t cells,
+               std::uint32_t reals)
         : m_index(std::move(index)), m_page(std::move(page)), m_inlineCells(cells), m_reals(reals)
     {}
     ~RecordData() = default;
     static RecordData* allocate(Shared<Index> index, std::uint32_t cells, std::uint32_t reals);
     static void free(RecordData* data, OwnerReturn<Index>& indexes,
-                     OwnerReturn<Page>& pages) noexcept;
+                     OwnerReturn<ArenaPage>& pages) noexcept;
 
     static Cell* provideCell(Record& record, std::string_view name, Type type);
     Cell* insertValue(std::string_view name, Type type);
@@ -132,13 +133,14 @@ private:
     Shared<Index> m_index;
     Block* m_newest = nullptr;
     // Where this object lies; null if it has an allocation of its own.
-    Shared<Page> m_page;
+    Shared<ArenaPage> m_page;
     std::uint32_t m_inlineCells;
     // Bit n is set if the number in cell n is a real.
     std::uint32_t m_reals;
 };
 
-// The records of a sequence, in blocks of doubling size that never move.
+// The records of a sequence: a segmented array, whose blocks of doubling size never move, so that
+// references stay and an index takes constant time.
 class SequenceData {
 public:
     static SequenceData*& of(Sequence& sequence) { return sequence.m_data; }

@@ -4,6 +4,7 @@
 
 namespace Tools::Smart {
 
+// An iterator holds the name, which always finds its way, and a position as a short cut.
 void Record::Iterator::settle(std::size_t block, std::size_t entry)
 {
     const Entry* found = nullptr;

@@ -4,7 +4,7 @@
 
 namespace Tools::Smart {
 
-// Reads one record or sequence from an iterator, which stands on its opening mark, and leaves the
+// Reads one record or sequence from an iterator, which is on its opening mark, and leaves the
 // iterator on the last token that was read.
 class RecordReader {
 public:

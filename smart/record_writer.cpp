@@ -22,7 +22,8 @@ struct Frame {
     std::size_t next;
 };
 
-// Writes a tree, with the records within records on a stack of its own.
+// Writes a tree, with the records within records on a stack of its own, so that the depth of the
+// tree is not that of the call stack. `Output` is one of those in line_output.h.
 template <class Output>
 class TreeWriter {
 public:
@@ -61,6 +62,7 @@ private:
     std::vector<Frame> m_frames;
 };
 
+// One entry, record or closing mark.
 template <class Output>
 void TreeWriter<Output>::writeNext()
 {
@@ -153,7 +155,7 @@ void TreeWriter<Output>::writeMark(std::string_view mark)
     m_output.endLine();
 }
 
-// Everything within a frame stands one level below its marks.
+// Everything within a frame is one level further in than its marks.
 template <class Output>
 void TreeWriter<Output>::indent()
 {

@@ -1,15 +1,16 @@
 #pragma once
 
+#include "text/byte_block.h"
+
 #include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <emmintrin.h>
 
 namespace Tools::Smart {
 
-// The classes of characters that the lexer tells apart.
+// The classes of characters that the lexer distinguishes, by table.
 enum CharacterClass : unsigned char { Blank = 1, Delimiter = 2, NumberStart = 4, Digit = 8 };
 
 inline constexpr std::array<unsigned char, 256> CharacterClasses = [] {
@@ -30,23 +31,23 @@ inline bool is(char c, CharacterClass characterClass)
     return (CharacterClasses[static_cast<unsigned char>(c)] & characterClass) != 0;
 }
 
-// A bit for each of the 16 characters at `p` that is not a blank.
-inline std::uint32_t nonBlanks(const char* p)
+// A bit for each character of the block at `p` that is not a blank.
+inline ByteBlock::Mask nonBlanks(const char* p)
 {
-    const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-    const __m128i blanks = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(text, _mm_set1_epi8(' ')),
-                                                     _mm_cmpeq_epi8(text, _mm_set1_epi8('\t'))),
-                                        _mm_or_si128(_mm_cmpeq_epi8(text, _mm_set1_epi8('\n')),
-                                                     _mm_cmpeq_epi8(text, _mm_set1_epi8('\r'))));
-    return static_cast<std::uint32_t>(_mm_movemask_epi8(blanks)) ^ 0xFFFFU;
+    const ByteBlock text = ByteBlock::load(p);
+    const ByteBlock blanks =
+        (text.equals(' ') | text.equals('\t')) | (text.equals('\n') | text.equals('\r'));
+    return blanks.mask() ^ ByteBlock::All;
 }
+
+inline constexpr auto BlockSize = static_cast<std::ptrdiff_t>(ByteBlock::Size);
 
 // Each of these returns the first character of its kind in [p, end), or end.
 
 inline const char* findNonBlank(const char* p, const char* end)
 {
-    for (; end - p >= 16; p += 16) {
-        const std::uint32_t found = nonBlanks(p);
+    for (; end - p >= BlockSize; p += BlockSize) {
+        const ByteBlock::Mask found = nonBlanks(p);
         if (found != 0)
             return p + std::countr_zero(found);
     }
@@ -56,28 +57,26 @@ inline const char* findNonBlank(const char* p, const char* end)
 }
 
 // As findNonBlank, when probably `expected` blanks come first; sets it to their number. Confirming
-// a guess lets the processor go on with what follows, while counting would make it wait. 32
-// characters must be readable.
+// a guess lets the processor go on with what follows, while counting would make it wait. Two blocks
+// must be readable.
 inline const char* skipBlanks(const char* p, const char* end, std::uint32_t& expected)
 {
     std::uint64_t found = nonBlanks(p);
-    if (expected >= 16)
-        found |= std::uint64_t{nonBlanks(p + 16)} << 16;
+    if (expected >= ByteBlock::Size)
+        found |= std::uint64_t{nonBlanks(p + ByteBlock::Size)} << ByteBlock::Size;
     const std::uint64_t wanted = std::uint64_t{1} << expected;
     if ((found & (2 * wanted - 1)) == wanted)
         return p + expected;
     const char* const next = findNonBlank(p, end);
-    expected = next - p < 32 ? static_cast<std::uint32_t>(next - p) : 0;
+    expected = next - p < 2 * BlockSize ? static_cast<std::uint32_t>(next - p) : 0;
     return next;
 }
 
 inline const char* findQuoteOrBackslash(const char* p, const char* end)
 {
-    for (; end - p >= 16; p += 16) {
-        const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-        const __m128i found = _mm_or_si128(_mm_cmpeq_epi8(text, _mm_set1_epi8('"')),
-                                           _mm_cmpeq_epi8(text, _mm_set1_epi8('\\')));
-        const auto mask = static_cast<unsigned>(_mm_movemask_epi8(found));
+    for (; end - p >= BlockSize; p += BlockSize) {
+        const ByteBlock text = ByteBlock::load(p);
+        const ByteBlock::Mask mask = (text.equals('"') | text.equals('\\')).mask();
         if (mask != 0)
             return p + std::countr_zero(mask);
     }
@@ -86,14 +85,12 @@ inline const char* findQuoteOrBackslash(const char* p, const char* end)
     return p;
 }
 
-// True if the text at `p` begins with the first `size` of the `start`'s 16 bytes. 16 bytes must be
-// readable.
+// True if the text at `p` begins with the first `size` characters of the block `start`. A block
+// must be readable.
 inline bool startsWith(const char* p, const char* start, std::uint32_t size)
 {
-    const __m128i equal = _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)),
-                                         _mm_loadu_si128(reinterpret_cast<const __m128i*>(start)));
-    const std::uint32_t wanted = (1U << size) - 1;
-    return (static_cast<std::uint32_t>(_mm_movemask_epi8(equal)) & wanted) == wanted;
+    const ByteBlock::Mask wanted = (ByteBlock::Mask{1} << size) - 1;
+    return (ByteBlock::load(p).equals(ByteBlock::load(start)).mask() & wanted) == wanted;
 }
 
 inline const char* findDelimiter(const char* p, const char* end)

@@ -50,6 +50,8 @@ Sequence& Sequence::push_back(const Record& record)
     return push_back(Record(record));
 }
 
+// Neighbours in a sequence mostly have the same shape: a record that does takes the index of the
+// one before it, so that the program's own records are as small as those that are read.
 Sequence& Sequence::push_back(Record&& record)
 {
     const std::size_t count = size();

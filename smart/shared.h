@@ -6,8 +6,10 @@
 
 namespace Tools::Smart {
 
-// Base of what several owners share: Shared<T> counts them. Records of different threads share
-// names and indexes, so the count is atomic.
+// Intrusive reference counting: the base of what several owners share; Shared<T> counts them.
+// Records of different threads share names and indexes, so the count is atomic. Adding an owner
+// needs no order, because the one who adds has one already. Removing releases what the owner wrote
+// and acquires what the others did, so that whoever deletes the object sees all of it.
 class SharedObject {
 public:
     SharedObject() = default;
@@ -34,6 +36,7 @@ private:
     mutable std::atomic<std::size_t> m_owners{0};
 };
 
+// One owner of an object, or none.
 template <class T>
 class Shared {
 public:
@@ -74,8 +77,9 @@ private:
     T* m_object = nullptr;
 };
 
-// Adds owners by the hundred and hands them out one by one, because counting in memory that other
-// threads may see is slow.
+// Batched reference counting, the adding half: owners are added by the hundred and handed out one
+// by one, because counting in memory that other threads may see is slow. The count includes those
+// in stock, so it never falls short.
 template <class T>
 class OwnerStock {
 public:
@@ -116,7 +120,8 @@ private:
     std::size_t m_count = 0;
 };
 
-// Removes owners of the same object together. The object may be gone after flush() only.
+// Batched reference counting, the removing half: owners of the same object go together. The object
+// may be gone after flush() only.
 template <class T>
 class OwnerReturn {
 public:

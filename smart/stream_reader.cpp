@@ -28,6 +28,7 @@ StreamReader::StreamReader(std::istream& stream) : m_stream(stream)
     fetch();
 }
 
+// The area is the stream's as of now; without it everything goes through the stream.
 void StreamReader::fetch()
 {
     const std::streambuf* buffer = m_stream.rdbuf();
@@ -37,6 +38,7 @@ void StreamReader::fetch()
     m_end = isUsable ? Area::end(*buffer) : nullptr;
 }
 
+// The buffer counts in int.
 void StreamReader::commit()
 {
     if (m_next == nullptr)
@@ -48,6 +50,7 @@ void StreamReader::commit()
     Area::skip(buffer, static_cast<int>(count));
 }
 
+// The area is forgotten first: the stream may throw, and the destructor must not commit twice.
 bool StreamReader::getFromStream(char& c)
 {
     commit();

@@ -68,6 +68,7 @@ IstreamTokenIterator IstreamTokenIterator::operator++(int)
     return old;
 }
 
+// A lexer for each token: between two tokens the stream is up to date.
 void IstreamTokenIterator::read()
 {
     if (m_stream == nullptr)

@@ -4,6 +4,8 @@
 #include <mdtools/encoding.h>
 #include <mdtools/strings.h>
 
+#include <algorithm>
+
 namespace Tools {
 
 namespace {
@@ -16,23 +18,28 @@ unsigned lowerCharacter(const CodePage& page, const char* p, std::size_t bytes)
 }
 
 // Lowering keeps the size of a character, so that texts that are equal when lowered have their
-// characters at the same places.
+// characters at the same positions.
 bool isEqualByCharacters(const CodePage& page, const char* a, const char* b, std::size_t size)
 {
-    const char* const end = a + size;
+    if (!page.hasLeadBytes()) {
+        const CodePage::ByteMap& lower = page.lower().singles;
+        return std::equal(a, a + size, b, [&lower](char x, char y) {
+            return lower[static_cast<unsigned char>(x)] == lower[static_cast<unsigned char>(y)];
+        });
+    }
     const char* const endB = b + size;
-    while (a < end) {
-        const std::size_t bytes = page.length(a, end);
-        if (bytes != page.length(b, endB) ||
-            lowerCharacter(page, a, bytes) != lowerCharacter(page, b, bytes))
+    for (const Character& character : page.characters({a, size})) {
+        if (character.bytes != page.length(b, endB) ||
+            lowerCharacter(page, character.p, character.bytes) !=
+                lowerCharacter(page, b, character.bytes))
             return false;
-        a += bytes;
-        b += bytes;
+        b += character.bytes;
     }
     return true;
 }
 
-// Equal after toLower, for two texts of one size.
+// Equal after toLower, for two texts of one size: first whole blocks by ASCII case, which settles
+// most texts; what differs there may still be letters of the page.
 bool isEqualLowered(const char* a, const char* b, std::size_t size)
 {
     const CodePage& page = CodePage::get();

@@ -6,7 +6,7 @@
 
 namespace Tools {
 
-// A set of bytes that is quickly filled and asked.
+// A set of bytes as a bitmap: quickly filled and asked.
 class ByteSet {
 public:
     constexpr ByteSet() = default;

@@ -6,12 +6,12 @@
 
 #include <algorithm>
 #include <cstring>
-#include <string_view>
 
 namespace Tools {
 
 namespace {
 
+// The fixed tables are for bytes, whatever the page.
 void mapBytes(char* p, std::size_t size, const CaseFolding::Table& table)
 {
     std::transform(p, p + size, p, [&table](char c) {
@@ -19,18 +19,18 @@ void mapBytes(char* p, std::size_t size, const CaseFolding::Table& table)
     });
 }
 
+// A character keeps its size, so that the text is mapped in place.
 void mapCharacters(std::string& text, const CodePage& page, const CodePage::CaseMap& map)
 {
-    const char* const end = text.data() + text.size();
-    for (char* p = text.data(); p < end;) {
-        if (page.length(p, end) == 1) {
+    for (const Character& character : page.characters(text)) {
+        char* const p = text.data() + (character.p - text.data());
+        if (character.bytes == 1) {
             *p = static_cast<char>(map.singles[static_cast<unsigned char>(*p)]);
-            ++p;
             continue;
         }
         const std::uint16_t mapped = map.pairs[CodePage::pairAt(p)];
-        *p++ = static_cast<char>(mapped >> 8);
-        *p++ = static_cast<char>(mapped & 0xFF);
+        p[0] = static_cast<char>(mapped >> 8);
+        p[1] = static_cast<char>(mapped & 0xFF);
     }
 }
 

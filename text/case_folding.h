@@ -1,9 +1,10 @@
 #pragma once
 
-#include <array>
-#include <emmintrin.h>
+#include "text/byte_block.h"
 
-// The fixed case tables of `strlwr` and `strupr`, for single bytes and for sixteen at a time.
+#include <array>
+
+// The fixed case tables of `strlwr` and `strupr`, for single bytes and for blocks.
 namespace Tools::CaseFolding {
 
 using Table = std::array<unsigned char, 256>;
@@ -38,18 +39,10 @@ inline unsigned char lower(char c)
     return LowerTable[static_cast<unsigned char>(c)];
 }
 
-// All bits of each byte of `v` that lies between the two, as unsigned bytes.
-inline __m128i inRange(__m128i v, unsigned first, unsigned last)
+inline ByteBlock lower(ByteBlock block)
 {
-    // Moved so that the range ends at the greatest signed byte: one comparison decides.
-    const __m128i moved = _mm_add_epi8(v, _mm_set1_epi8(static_cast<char>(0x7F - last)));
-    return _mm_cmpgt_epi8(moved, _mm_set1_epi8(static_cast<char>(0x7E - (last - first))));
-}
-
-inline __m128i lower(__m128i v)
-{
-    const __m128i isUpper = _mm_or_si128(inRange(v, 0x41, 0x5A), inRange(v, 0xC0, 0xDE));
-    return _mm_add_epi8(v, _mm_and_si128(isUpper, _mm_set1_epi8(0x20)));
+    const ByteBlock isUpper = block.isInRange(0x41, 0x5A) | block.isInRange(0xC0, 0xDE);
+    return block + (isUpper & ByteBlock::filled(0x20));
 }
 
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "text/byte_set.h"
+#include "text/code_page.h"
 
 #include <cstdint>
 #include <string_view>
@@ -8,17 +9,21 @@
 
 namespace Tools {
 
-class CodePage;
-
-// A set of characters of the code page, single-byte and double-byte ones.
+// A set of characters of the code page: a bitmap of the single-byte ones, and a sorted array of the
+// double-byte ones.
 class CharacterSet {
 public:
     CharacterSet(const CodePage& page, std::string_view characters);
 
-    // `bytes` is the size of the character at `p`.
-    bool contains(const char* p, std::size_t bytes) const;
+    bool contains(const Character& character) const
+    {
+        return character.bytes == 1 ? m_singles.contains(*character.p)
+                                    : containsPair(CodePage::pairAt(character.p));
+    }
 
 private:
+    bool containsPair(std::uint16_t pair) const;
+
     ByteSet m_singles;
     // In ascending order.
     std::vector<std::uint16_t> m_pairs;

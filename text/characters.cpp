@@ -10,18 +10,16 @@ namespace Tools::Characters {
 
 namespace {
 
-// Calls visitor(position) for every single-byte character at or behind `from` that is in the set,
-// until it returns false. `from` begins a character.
+// Calls visitor(position) for every single-byte character from `from` on that is in the set, until
+// it returns false. `from` begins a character.
 template <class Visitor>
 void visit(std::string_view text, std::size_t from, const ByteSet& set, Visitor visitor)
 {
-    const CodePage& page = CodePage::get();
-    const char* const end = text.data() + text.size();
-    for (const char* p = text.data() + std::min(from, text.size()); p < end;) {
-        const std::size_t bytes = page.length(p, end);
-        if (bytes == 1 && set.contains(*p) && !visitor(static_cast<std::size_t>(p - text.data())))
+    const std::string_view rest = text.substr(std::min(from, text.size()));
+    for (const Character& character : CodePage::get().characters(rest)) {
+        if (character.bytes == 1 && set.contains(*character.p) &&
+            !visitor(static_cast<std::size_t>(character.p - text.data())))
             return;
-        p += bytes;
     }
 }
 
@@ -56,6 +54,7 @@ std::size_t findAny(std::string_view text, std::string_view chars, std::size_t f
     return found;
 }
 
+// Where characters begin is only known from the front, so the last one is the last of all.
 std::size_t findLastAny(std::string_view text, std::string_view chars)
 {
     std::size_t found = std::string_view::npos;
@@ -70,18 +69,11 @@ bool endsWith(std::string_view text, char c)
 {
     if (text.empty() || text.back() != c)
         return false;
-    const CodePage& page = CodePage::get();
-    if (!page.hasLeadBytes())
-        return true;
-    // A byte that cannot be a first one ends a character: those directly before the last byte tell
-    // whether they are all paired.
-    std::size_t leads = 0;
-    while (leads + 1 < text.size() &&
-           page.leadBytes()[static_cast<unsigned char>(text[text.size() - 2 - leads])])
-        ++leads;
-    return leads % 2 == 0;
+    const auto asIs = [](char byte) { return static_cast<unsigned char>(byte); };
+    return !CodePage::get().isSecondByte(text.data(), text.size() - 1, asIs);
 }
 
+// Both are single-byte characters, so that no character changes its size.
 void replace(std::string& text, char from, char to)
 {
     if (!CodePage::get().hasLeadBytes()) {
@@ -94,6 +86,7 @@ void replace(std::string& text, char from, char to)
     });
 }
 
+// Not the walk of CodePage: here a first byte whose second one is missing is no character.
 std::size_t count(const char* text)
 {
     const CodePage& page = CodePage::get();

@@ -25,6 +25,7 @@ std::uint16_t characterOf(char16_t unit)
     return text.size() == 1 ? first : static_cast<std::uint16_t>(first << 8 | last);
 }
 
+// Both letters must be in the page, in as many bytes.
 void setPartner(CodePage::CaseMap& map, char16_t from, char16_t to)
 {
     if (from == to)
@@ -41,6 +42,7 @@ void setPartner(CodePage::CaseMap& map, char16_t from, char16_t to)
 
 }
 
+// Never destroyed: text is compared until the very end of the process.
 const CodePage& CodePage::get()
 {
     static const CodePage* const instance = new CodePage;
@@ -66,6 +68,8 @@ CodePage::CodePage()
         m_hasPlainAscii = m_hasPlainAscii && m_lower.singles[c] == m_lower.singles[c + 0x20U];
 }
 
+// A single-byte page is asked byte by byte; a double-byte one by the letters that Unicode knows,
+// which are fewer than its characters.
 void CodePage::readCase()
 {
     if (!m_hasLeadBytes) {

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 namespace Tools {
@@ -27,6 +28,22 @@ public:
     {
         return m_isLead[static_cast<unsigned char>(*p)] && end - p > 1 && p[1] != '\0' ? 2 : 1;
     }
+
+    // Whether the byte at `index` is the second one of a character: a byte that cannot be a first
+    // one ends a character, so that those directly before `index` need only be counted. The text
+    // begins with a character; `fold` is what lead bytes are judged after.
+    template <class Fold>
+    bool isSecondByte(const char* text, std::size_t index, Fold fold) const
+    {
+        std::size_t leads = 0;
+        while (leads < index && m_isLead[fold(text[index - 1 - leads])])
+            ++leads;
+        return leads % 2 != 0;
+    }
+
+    class CharacterRange;
+    // All characters of a text in their order.
+    CharacterRange characters(std::string_view text) const;
 
     // A double-byte character as one number, its first byte above.
     static std::uint16_t pairAt(const char* p)
@@ -58,5 +75,57 @@ private:
     CaseMap m_lower;
     CaseMap m_upper;
 };
+
+// One character of a text: one or two bytes.
+struct Character {
+    const char* p;
+    std::size_t bytes;
+};
+
+// The one walk over characters. What the loop's body writes to the text is not read again.
+class CodePage::CharacterRange {
+public:
+    class Iterator {
+    public:
+        Iterator(const CodePage& page, const char* p, const char* end)
+            : m_page(page), m_character{p, 0}, m_end(end)
+        {
+            measure();
+        }
+
+        const Character& operator*() const { return m_character; }
+        Iterator& operator++()
+        {
+            m_character.p += m_character.bytes;
+            measure();
+            return *this;
+        }
+        bool operator!=(const char* end) const { return m_character.p != end; }
+
+    private:
+        void measure()
+        {
+            m_character.bytes = m_character.p != m_end ? m_page.length(m_character.p, m_end) : 0;
+        }
+
+        const CodePage& m_page;
+        Character m_character;
+        const char* m_end;
+    };
+
+    CharacterRange(const CodePage& page, std::string_view text) : m_page(page), m_text(text) {}
+
+    Iterator begin() const { return {m_page, m_text.data(), end()}; }
+    const char* end() const { return m_text.data() + m_text.size(); }
+
+private:
+    const CodePage& m_page;
+    std::string_view m_text;
+};
+
+inline CodePage::CharacterRange CodePage::characters(std::string_view text) const
+{
+    return {*this, text};
+}
 
 }

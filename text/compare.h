@@ -8,16 +8,17 @@
 #include <cstring>
 #include <string>
 
-// Whether and where two texts differ, sixteen bytes at a time and never reading beyond their ends.
+// Whether and where two texts differ, a block at a time and never reading beyond their ends: the
+// last block overlaps the one before it, and short texts are looked at from both ends.
 namespace Tools::Comparing {
 
 // How bytes are looked at: as they are, or lowered by the table of `strlwr`.
 struct Exact {
-    static __m128i block(__m128i v) { return v; }
+    static ByteBlock block(ByteBlock block) { return block; }
     static unsigned char byte(char c) { return static_cast<unsigned char>(c); }
 };
 struct Lowered {
-    static __m128i block(__m128i v) { return CaseFolding::lower(v); }
+    static ByteBlock block(ByteBlock block) { return CaseFolding::lower(block); }
     static unsigned char byte(char c) { return CaseFolding::lower(c); }
 };
 
@@ -25,40 +26,20 @@ struct Lowered {
 enum class Nul { Ordinary, Ends };
 
 template <class Case, Nul nul>
-unsigned differences(__m128i a, __m128i b)
+ByteBlock::Mask differences(ByteBlock a, ByteBlock b)
 {
-    __m128i same = _mm_cmpeq_epi8(Case::block(a), Case::block(b));
+    ByteBlock same = Case::block(a).equals(Case::block(b));
     if constexpr (nul == Nul::Ends)
-        same = _mm_andnot_si128(_mm_cmpeq_epi8(a, _mm_setzero_si128()), same);
-    return static_cast<unsigned>(_mm_movemask_epi8(same)) ^ 0xFFFFU;
-}
-
-inline __m128i load16(const char* p)
-{
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-}
-
-// The first and the last `Half` bytes of a text of Half to 2 * Half bytes in one block.
-template <std::size_t Half>
-__m128i loadEnds(const char* p, std::size_t size)
-{
-    if constexpr (Half == 8) {
-        return _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)),
-                                  _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + size - 8)));
-    } else {
-        std::int32_t first = 0;
-        std::int32_t last = 0;
-        std::memcpy(&first, p, 4);
-        std::memcpy(&last, p + size - 4, 4);
-        return _mm_unpacklo_epi32(_mm_cvtsi32_si128(first), _mm_cvtsi32_si128(last));
-    }
+        same = same.without(a.equals(ByteBlock::zero()));
+    return same.mask() ^ ByteBlock::All;
 }
 
 template <class Case, Nul nul, std::size_t Half>
 std::size_t firstDifferenceOfEnds(const char* a, const char* b, std::size_t size)
 {
-    const unsigned mask = differences<Case, nul>(loadEnds<Half>(a, size), loadEnds<Half>(b, size)) &
-                          ((1U << 2 * Half) - 1);
+    const ByteBlock::Mask mask = differences<Case, nul>(ByteBlock::loadEnds<Half>(a, size),
+                                                        ByteBlock::loadEnds<Half>(b, size)) &
+                                 ((ByteBlock::Mask{1} << 2 * Half) - 1);
     if (mask == 0)
         return size;
     const auto index = static_cast<std::size_t>(std::countr_zero(mask));
@@ -69,7 +50,7 @@ std::size_t firstDifferenceOfEnds(const char* a, const char* b, std::size_t size
 template <class Case, Nul nul>
 std::size_t firstDifference(const char* a, const char* b, std::size_t size)
 {
-    if (size < 16) {
+    if (size < ByteBlock::Size) {
         if (size >= 8)
             return firstDifferenceOfEnds<Case, nul, 8>(a, b, size);
         if (size >= 4)
@@ -82,12 +63,13 @@ std::size_t firstDifference(const char* a, const char* b, std::size_t size)
     }
     std::size_t i = 0;
     for (;;) {
-        const unsigned mask = differences<Case, nul>(load16(a + i), load16(b + i));
+        const ByteBlock::Mask mask =
+            differences<Case, nul>(ByteBlock::load(a + i), ByteBlock::load(b + i));
         if (mask != 0)
             return i + static_cast<std::size_t>(std::countr_zero(mask));
-        if (i + 16 == size)
+        if (i + ByteBlock::Size == size)
             return size;
-        i = i + 32 <= size ? i + 16 : size - 16;
+        i = i + 2 * ByteBlock::Size <= size ? i + ByteBlock::Size : size - ByteBlock::Size;
     }
 }
 
@@ -120,60 +102,50 @@ inline bool isSame(const char* a, const char* b, std::size_t size)
 }
 
 // Bits that are set where bytes differ in more than the case of an ASCII letter.
-inline __m128i differenceButCase(__m128i a, __m128i b)
+inline ByteBlock differenceButCase(ByteBlock a, ByteBlock b)
 {
-    const __m128i caseBit = _mm_set1_epi8(0x20);
-    const __m128i isLetter = CaseFolding::inRange(_mm_or_si128(a, caseBit), 'a', 'z');
-    return _mm_andnot_si128(_mm_and_si128(isLetter, caseBit), _mm_xor_si128(a, b));
-}
-
-inline bool isZero(__m128i v)
-{
-    return _mm_movemask_epi8(_mm_cmpeq_epi8(v, _mm_setzero_si128())) == 0xFFFF;
-}
-
-// First, middle and last byte of a text of one to three bytes: all of them.
-inline __m128i loadUpTo3(const char* p, std::size_t size)
-{
-    const int bytes = static_cast<unsigned char>(p[0]) |
-                      static_cast<unsigned char>(p[size / 2]) << 8 |
-                      static_cast<unsigned char>(p[size - 1]) << 16;
-    return _mm_cvtsi32_si128(bytes);
+    const ByteBlock caseBit = ByteBlock::filled(0x20);
+    const ByteBlock isLetter = (a | caseBit).isInRange('a', 'z');
+    return (a ^ b).without(isLetter & caseBit);
 }
 
 inline bool isSameButCaseShort(const char* a, const char* b, std::size_t size)
 {
     if (size >= 8)
-        return isZero(differenceButCase(loadEnds<8>(a, size), loadEnds<8>(b, size)));
+        return differenceButCase(ByteBlock::loadEnds<8>(a, size), ByteBlock::loadEnds<8>(b, size))
+            .isZero();
     if (size >= 4)
-        return isZero(differenceButCase(loadEnds<4>(a, size), loadEnds<4>(b, size)));
-    return size == 0 || isZero(differenceButCase(loadUpTo3(a, size), loadUpTo3(b, size)));
+        return differenceButCase(ByteBlock::loadEnds<4>(a, size), ByteBlock::loadEnds<4>(b, size))
+            .isZero();
+    return size == 0 ||
+           differenceButCase(ByteBlock::loadUpTo3(a, size), ByteBlock::loadUpTo3(b, size)).isZero();
 }
 
-// Both texts have the same bytes, but for the case of ASCII letters. The last block overlaps the
-// one before it.
+// Both texts have the same bytes, but for the case of ASCII letters.
 inline bool isSameButCase(const char* a, const char* b, std::size_t size)
 {
-    if (size < 16)
+    constexpr std::size_t Step = ByteBlock::Size;
+    if (size < Step)
         return isSameButCaseShort(a, b, size);
     const auto differenceAt = [a, b](std::size_t i) {
-        return differenceButCase(load16(a + i), load16(b + i));
+        return differenceButCase(ByteBlock::load(a + i), ByteBlock::load(b + i));
     };
-    __m128i different = _mm_or_si128(differenceAt(0), differenceAt(size - 16));
-    std::size_t i = 16;
-    for (; i + 64 <= size; i += 64) {
-        const __m128i first = _mm_or_si128(differenceAt(i), differenceAt(i + 16));
-        const __m128i second = _mm_or_si128(differenceAt(i + 32), differenceAt(i + 48));
-        different = _mm_or_si128(different, _mm_or_si128(first, second));
-        if (!isZero(different))
+    ByteBlock different = differenceAt(0) | differenceAt(size - Step);
+    std::size_t i = Step;
+    // Four blocks a turn: there is one exit for all of them.
+    for (; i + 4 * Step <= size; i += 4 * Step) {
+        const ByteBlock first = differenceAt(i) | differenceAt(i + Step);
+        const ByteBlock second = differenceAt(i + 2 * Step) | differenceAt(i + 3 * Step);
+        different = different | (first | second);
+        if (!different.isZero())
             return false;
     }
-    for (; i + 16 < size; i += 16)
-        different = _mm_or_si128(different, differenceAt(i));
-    return isZero(different);
+    for (; i + Step < size; i += Step)
+        different = different | differenceAt(i);
+    return different.isZero();
 }
 
-// A text whose terminator stands at `size`; earlier ones may be in it, and end it.
+// A text whose terminator is at `size`; earlier ones may be in it, and end it.
 struct Text {
     Text(const std::string& text) : p(text.c_str()), size(text.size()) {}
     Text(const char* text) : p(text), size(text != nullptr ? std::strlen(text) : 0) {}
@@ -185,12 +157,10 @@ struct Text {
 // Whether double-byte characters are regarded.
 enum class By { Byte, Character };
 
-// -1, 0 or 1: the order of two texts, neither of them null.
+// -1, 0 or 1: the order of two texts, neither of them null. In a file of its own (order.cpp),
+// because the compiler would build it into the short function that tries equality first, and have
+// that save and restore registers in each call.
 template <class Case>
 int order(Text a, Text b, By by);
-
-// The same, quicker for texts that are equal but for the case of ASCII letters.
-template <class Case>
-int compare(Text a, Text b, By by);
 
 }

@@ -10,6 +10,7 @@ namespace Tools {
 
 namespace {
 
+// By tables where the page has such, else by the system.
 std::wstring widen(const char* text, std::size_t size)
 {
     const SingleBytePage* const page = SingleBytePage::get();
@@ -18,6 +19,7 @@ std::wstring widen(const char* text, std::size_t size)
     return size == 0 ? std::wstring() : Platform::codePageToWide(text, size);
 }
 
+// As `widen`.
 std::string narrow(const wchar_t* text, std::size_t size)
 {
     const SingleBytePage* const page = SingleBytePage::get();

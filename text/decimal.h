@@ -6,8 +6,9 @@
 #include <cstdint>
 #include <cstring>
 
-// The front half of reading real numbers, to be built into its callers: an ordinary number is read
-// without a call.
+// The front half of reading numbers, built into its callers: an ordinary number is read without a
+// call. This is Clinger's fast path: where both the digits and the power of ten are exact doubles,
+// the one rounding of their product or quotient is the right one. All else goes to valueOf.
 namespace Tools::Numbers {
 
 // Powers of ten that a double holds exactly.
@@ -30,6 +31,7 @@ inline std::uint64_t valueOfEightDigits(std::uint64_t word)
     return (word & 0x0000FFFF0000FFFF) * (10000 * 0x100000000 + 1) >> 32;
 }
 
+// Appends the digits at `p` to the mantissa, modulo 2^64; returns their end.
 inline const char* scanDigits(const char* p, const char* last, std::uint64_t& mantissa)
 {
     for (; p != last && isDigit(*p); ++p)
@@ -51,7 +53,7 @@ inline const char* scanManyDigits(const char* p, const char* last, std::uint64_t
     return scanDigits(p, last, mantissa);
 }
 
-// Adds the exponent behind its letter and returns its end. Without digits there is none, and the
+// Adds the exponent after its letter and returns its end. Without digits there is none, and the
 // letter is left to the reader.
 inline const char* scanExponent(const char* letter, const char* last, std::int64_t& exponent)
 {
@@ -79,7 +81,7 @@ struct Decimal {
     // All digits as one number; it has overflowed if there are more than 19.
     std::uint64_t mantissa;
     std::int64_t digits;
-    // The power of ten behind the last digit.
+    // The power of ten that the last digit counts.
     std::int64_t exponent;
 
     // False if there is no digit.
@@ -110,8 +112,45 @@ struct Decimal {
     }
     double plainValue() const
     {
-        const auto value = static_cast<double>(mantissa);
+        const auto value = static_cast<double>(static_cast<std::int64_t>(mantissa));
         return exponent < 0 ? value / PowersOfTen[-exponent] : value * PowersOfTen[exponent];
+    }
+};
+
+// Correctly rounded for every decimal number.
+Real valueOf(const Decimal& number);
+
+// How much must be readable from the start of a number on for the readers of short numbers, unless
+// a terminator ends the text.
+inline constexpr std::ptrdiff_t ShortSpace = 24;
+
+// A number of few digits without sign and exponent: a real if there is a point in it. The caller
+// finds out from what follows whether that is all of the number.
+struct Short {
+    bool isReal;
+    // Up to ten digits.
+    std::int64_t whole = 0;
+    double real = 0.0;
+    // Null if there is no short number.
+    const char* end = nullptr;
+
+    explicit Short(const char* first)
+    {
+        const char* p = first;
+        for (; p - first < 10 && isDigit(*p); ++p)
+            whole = whole * 10 + (*p - '0');
+        isReal = *p == '.';
+        if (!isReal) {
+            end = p != first ? p : nullptr;
+            return;
+        }
+        // 15 digits and the point.
+        std::int64_t mantissa = whole;
+        const char* const fraction = ++p;
+        for (; p - first < 16 && isDigit(*p); ++p)
+            mantissa = mantissa * 10 + (*p - '0');
+        real = static_cast<double>(mantissa) / PowersOfTen[p - fraction];
+        end = p - first > 1 ? p : nullptr;
     }
 };
 

@@ -6,8 +6,9 @@
 
 namespace Tools {
 
-// ASCII digits only, whatever the locale.
-inline bool isDigit(char c)
+// ASCII digits only, whatever the locale; bytes or UTF-16 units.
+template <class Char>
+constexpr bool isDigit(Char c)
 {
     return c >= '0' && c <= '9';
 }

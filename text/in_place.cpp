@@ -58,6 +58,7 @@ const char* skipSpaces(const char* p)
     return p;
 }
 
+// The texts may overlap. `src` is not read beyond `size` - 1 bytes.
 int strncpy(char* dst, std::size_t size, const char* src)
 {
     if (dst == nullptr || src == nullptr)
@@ -73,6 +74,7 @@ int strncpy(char* dst, std::size_t size, const char* src)
     return 0;
 }
 
+// Null gives an empty text, not null: callers need not test.
 char* stringDuplicate(const char* src)
 {
     const std::size_t length = src != nullptr ? std::strlen(src) : 0;

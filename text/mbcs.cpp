@@ -1,5 +1,7 @@
 #include <mdtools/encoding.h>
 
+// The twins that are the functions of strings.h under another name, because those look at bytes or
+// mean the page's characters anyway.
 namespace Tools::Mbcs {
 
 char* strlwr(char* p)

@@ -40,6 +40,7 @@ std::string replaceForbiddenFilenameChars(const std::string& s, const std::strin
     return result;
 }
 
+// `removeBlanks` works on C texts: the name ends at its first NUL.
 bool checkName(std::string& name)
 {
     removeBlanks(name.data());

@@ -3,9 +3,7 @@
 #include "text/decimal.h"
 #include "text/tiny_numbers.h"
 
-#include <bit>
 #include <charconv>
-#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <string_view>
@@ -16,34 +14,7 @@ namespace {
 
 constexpr double Infinity = std::numeric_limits<double>::infinity();
 
-// A number whose mantissa or power of ten is not exact in a double.
-void evaluateSlowly(const Decimal& number, Real& result)
-{
-    double value = 0.0;
-    const auto status = std::from_chars(number.first, number.end, value);
-    const bool isBeyond = status.ec == std::errc::result_out_of_range || value == Infinity;
-    if (!isBeyond && value > std::numeric_limits<double>::min()) {
-        result.value = value;
-        return;
-    }
-    const auto size = static_cast<std::size_t>(number.end - number.first);
-    const Digits digits = Digits::of(std::string_view(number.first, size), number.exponent);
-    if (digits.isZero())
-        return;
-    if (isBeyond)
-        value = digits.magnitude() > 0 ? Infinity : 0.0;
-    result.value = value;
-    result.isOutOfRange = isBeyond || digits.isTooSmallFor(value);
-}
-
-void evaluate(const Decimal& number, Real& result)
-{
-    if (number.isPlain())
-        result.value = number.plainValue();
-    else
-        evaluateSlowly(number, result);
-}
-
+// -1 for any other character.
 int hexDigit(char c)
 {
     if (isDigit(c))
@@ -67,7 +38,7 @@ const char* scanHexDigits(const char* p, const char* last, bool isFraction, Bina
     return p;
 }
 
-// `first` is behind "0x". False if no digit follows.
+// `first` is after "0x". False if no digit follows.
 bool readHex(const char* first, const char* last, Real& result)
 {
     Binary number;
@@ -87,6 +58,7 @@ bool readHex(const char* first, const char* last, Real& result)
     return true;
 }
 
+// `word` is in lower case.
 bool startsWithWord(const char* p, const char* last, std::string_view word)
 {
     if (static_cast<std::size_t>(last - p) < word.size())
@@ -136,6 +108,35 @@ const char* skipSign(const char* p, const char* last, bool& isNegative)
 
 }
 
+// A number that the standard library calls out of range or that may be subnormal takes its exact
+// digits to tell overflow from underflow, and whether a nearer double was missing.
+Real valueOf(const Decimal& number)
+{
+    Real result;
+    result.end = number.end;
+    if (number.isPlain()) {
+        result.value = number.plainValue();
+        return result;
+    }
+    double value = 0.0;
+    const auto status = std::from_chars(number.first, number.end, value);
+    const bool isBeyond = status.ec == std::errc::result_out_of_range || value == Infinity;
+    if (!isBeyond && value > std::numeric_limits<double>::min()) {
+        result.value = value;
+        return result;
+    }
+    const auto size = static_cast<std::size_t>(number.end - number.first);
+    const Digits digits = Digits::of(std::string_view(number.first, size), number.exponent);
+    if (digits.isZero())
+        return result;
+    if (isBeyond)
+        value = digits.magnitude() > 0 ? Infinity : 0.0;
+    result.value = value;
+    result.isOutOfRange = isBeyond || digits.isTooSmallFor(value);
+    return result;
+}
+
+// The sign is applied to the rounded magnitude: rounding to nearest is symmetric.
 Real readDecimal(const char* first, const char* last)
 {
     Real result;
@@ -145,12 +146,12 @@ Real readDecimal(const char* first, const char* last)
         result.end = first;
         return result;
     }
-    result.end = number.end;
-    evaluate(number, result);
+    result = valueOf(number);
     result.value = isNegative ? -result.value : result.value;
     return result;
 }
 
+// The decimal reading decides first, because all other forms begin with "0x" or a letter.
 Real readReal(const char* first, const char* last)
 {
     const char* p = first;
@@ -163,10 +164,8 @@ Real readReal(const char* first, const char* last)
     if (number.scan(p, last)) {
         const bool isHex = number.end == p + 1 && *p == '0' && last - p > 2 &&
                            (p[1] | 0x20) == 'x' && readHex(p + 2, last, result);
-        if (!isHex) {
-            result.end = number.end;
-            evaluate(number, result);
-        }
+        if (!isHex)
+            result = valueOf(number);
     } else if (!readWord(p, last, result)) {
         result.end = first;
         return result;

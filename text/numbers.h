@@ -1,5 +1,7 @@
 #pragma once
 
+#include "text/digits.h"
+
 #include <cstdint>
 
 // Reading numbers at the front of a text. The decimal point is "." whatever the locale; nothing is
@@ -9,7 +11,7 @@ namespace Tools::Numbers {
 // The value is what strtod gives: infinite on overflow, zero or a subnormal number on underflow.
 struct Real {
     double value = 0.0;
-    // Behind the number; where the reading began if there is none.
+    // The end of the number; where the reading began if there is none.
     const char* end = nullptr;
     // Overflow, underflow, or a number that is too small for all its digits.
     bool isOutOfRange = false;
@@ -28,17 +30,11 @@ struct Integer {
     std::uint64_t magnitude = 0;
 };
 
-// White space as `isspace` has it for ASCII, bytes or UTF-16 units alike.
+// White space as `isspace` has it for ASCII; bytes or UTF-16 units.
 template <class Char>
 constexpr bool isSpace(Char c)
 {
     return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-template <class Char>
-constexpr bool isDigit(Char c)
-{
-    return c >= '0' && c <= '9';
 }
 
 // Ten digits are below 2^34; more are, too, if the first ones are zeros.

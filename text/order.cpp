@@ -21,24 +21,20 @@ unsigned characterAt(const char* p, bool isInside, const CodePage::ByteFlags& is
     return second == 0 ? 0 : byte << 8 | second;
 }
 
-// The order of two texts that are equal up to `index` and differ there. A byte that cannot be a
-// first byte ends a character, so that those directly before the place tell where it stands. Lead
-// bytes are judged after lowering.
+// The order of two texts that are equal up to `index` and differ there. Lead bytes are judged after
+// lowering.
 template <class Case>
-int characterOrder(const char* a, const char* b, std::size_t index,
-                   const CodePage::ByteFlags& isLead)
+int characterOrder(const char* a, const char* b, std::size_t index, const CodePage& page)
 {
-    std::size_t leads = 0;
-    while (leads < index && isLead[Case::byte(a[index - 1 - leads])])
-        ++leads;
-    const bool isInside = leads % 2 != 0;
-    const unsigned first = characterAt<Case>(a + index, isInside, isLead);
-    const unsigned second = characterAt<Case>(b + index, isInside, isLead);
+    const bool isInside = page.isSecondByte(a, index, [](char c) { return Case::byte(c); });
+    const unsigned first = characterAt<Case>(a + index, isInside, page.leadBytes());
+    const unsigned second = characterAt<Case>(b + index, isInside, page.leadBytes());
     return first < second ? -1 : static_cast<int>(first > second);
 }
 
 }
 
+// Both terminators are compared, too, so that a text that begins another one comes first.
 template <class Case>
 int order(Text a, Text b, By by)
 {
@@ -51,7 +47,7 @@ int order(Text a, Text b, By by)
     if (by == By::Character) {
         const CodePage& page = CodePage::get();
         if (page.hasLeadBytes())
-            return characterOrder<Case>(a.p, b.p, index, page.leadBytes());
+            return characterOrder<Case>(a.p, b.p, index, page);
     }
     return first < second ? -1 : 1;
 }

@@ -30,6 +30,7 @@ mdt::Nullable<Result> parseSigned(const Char* first, const Char* last)
     return static_cast<Result>(signedValue(number));
 }
 
+// As the 32-bit C library does it.
 std::int32_t saturated(const char* first, const char* last)
 {
     const std::int64_t value = signedValue(Numbers::readInteger(first, last));
@@ -37,6 +38,7 @@ std::int32_t saturated(const char* first, const char* last)
         value, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
 }
 
+// The fast path first; it leaves white space, "+", words and all that needs exact digits.
 mdt::Nullable<double> parseReal(const char* first, const char* last)
 {
     double value = 0.0;
@@ -51,8 +53,8 @@ mdt::Nullable<double> parseReal(const char* first, const char* last)
 template <class Char>
 bool isNumberPart(Char c)
 {
-    return Numbers::isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '+' ||
-           c == '-' || c == '.' || c == '(' || c == ')' || c == '_';
+    return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '+' || c == '-' ||
+           c == '.' || c == '(' || c == ')' || c == '_';
 }
 
 // The end of all that could belong to a number at `p`, so that the whole text need not be measured.
@@ -134,6 +136,7 @@ mdt::Nullable<long> Unicode16::tryParseLong(const std::wstring& s)
 
 mdt::Nullable<double> Unicode16::tryParseDouble(const std::wstring& s)
 {
+    // All that a number consists of is ASCII, so its part of the text can be narrowed unit by unit.
     const wchar_t* first = s.c_str();
     while (Numbers::isSpace(*first))
         ++first;

@@ -1,5 +1,4 @@
 #include "text/character_set.h"
-#include "text/code_page.h"
 #include "text/search.h"
 
 #include <mdtools/strings.h>
@@ -14,11 +13,11 @@ namespace {
 
 using ExactSearch = Search<Comparing::Exact>;
 
-// A copy of a text with other bytes in some places. The places are collected, so that the copy need
+// A copy of a text with other bytes at some positions. These are collected, so that the copy need
 // not grow piece by piece; short pieces are moved in whole blocks, where both texts have room.
 class Rebuilder {
 public:
-    // `removed` bytes go at each place, and `inserted` comes.
+    // `removed` bytes go at each position, and `inserted` comes.
     Rebuilder(std::string_view text, std::size_t removed, std::string_view inserted)
         : m_text(text), m_removed(removed), m_inserted(inserted)
     {
@@ -26,11 +25,11 @@ public:
         m_result.reserve(text.size() + BlockSize);
     }
 
-    // Places come in ascending order.
-    void replace(std::size_t place)
+    // Positions come in ascending order.
+    void replace(std::size_t position)
     {
-        m_places[m_count++] = place;
-        if (m_count == m_places.size())
+        m_positions[m_count++] = position;
+        if (m_count == m_positions.size())
             flush();
     }
 
@@ -44,20 +43,22 @@ public:
 private:
     static constexpr std::size_t BlockSize = 16;
 
+    // Writes all that has been collected. The result is longer than what counts in it (m_size) by
+    // a block at least, so that short pieces may be written with some bytes too many.
     void flush()
     {
         if (m_count == 0)
             return;
-        const std::size_t span = m_places[m_count - 1] - m_copied;
+        const std::size_t span = m_positions[m_count - 1] - m_copied;
         const std::size_t needed = m_size + span + m_count * m_inserted.size() + BlockSize;
         if (needed > m_result.size()) {
             m_result.resize(std::max(needed, m_result.capacity()));
         }
         char* to = m_result.data() + m_size;
         for (std::size_t i = 0; i < m_count; ++i) {
-            to = copy(to, m_text.substr(m_copied, m_places[i] - m_copied));
+            to = copy(to, m_text.substr(m_copied, m_positions[i] - m_copied));
             to = insert(to);
-            m_copied = m_places[i] + m_removed;
+            m_copied = m_positions[i] + m_removed;
         }
         m_size = static_cast<std::size_t>(to - m_result.data());
         m_count = 0;
@@ -90,7 +91,7 @@ private:
     std::size_t m_removed;
     std::string_view m_inserted;
     char m_block[BlockSize] = {};
-    std::array<std::size_t, 64> m_places{};
+    std::array<std::size_t, 64> m_positions{};
     std::size_t m_count = 0;
     // All before this is in the result, whose first m_size bytes count.
     std::size_t m_copied = 0;
@@ -100,22 +101,20 @@ private:
 
 }
 
+// Lowering keeps positions and sizes of characters, so that the lowered copy can be walked instead.
 bool containsAny(const std::string& s, const std::string& chars, bool caseSensitive)
 {
     const CodePage& page = CodePage::get();
     const CharacterSet set(page, chars);
     const std::string lowered = caseSensitive ? std::string() : toLower(s);
-    const std::string& text = caseSensitive ? s : lowered;
-    const char* const end = text.data() + text.size();
-    for (const char* p = text.data(); p < end;) {
-        const std::size_t bytes = page.length(p, end);
-        if (set.contains(p, bytes))
+    for (const Character& character : page.characters(caseSensitive ? s : lowered)) {
+        if (set.contains(character))
             return true;
-        p += bytes;
     }
     return false;
 }
 
+// The search goes on after each occurrence, so that they never overlap.
 std::string replaceAll(const std::string& s, const std::string& from, const std::string& to)
 {
     if (from.empty())
@@ -138,20 +137,18 @@ std::string replaceLast(const std::string& s, const std::string& from, const std
     return found == ExactSearch::None ? result : result.replace(found, from.size(), to);
 }
 
+// `c` has one byte, so that the text becomes shorter where double-byte characters go.
 std::string replaceAny(const std::string& s, const std::string& chars, char c)
 {
     const CodePage& page = CodePage::get();
     const CharacterSet set(page, chars);
     std::string result;
     result.reserve(s.size());
-    const char* const end = s.data() + s.size();
-    for (const char* p = s.data(); p < end;) {
-        const std::size_t bytes = page.length(p, end);
-        if (set.contains(p, bytes))
+    for (const Character& character : page.characters(s)) {
+        if (set.contains(character))
             result += c;
         else
-            result.append(p, bytes);
-        p += bytes;
+            result.append(character.p, character.bytes);
     }
     return result;
 }

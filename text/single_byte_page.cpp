@@ -1,8 +1,6 @@
 #include "text/single_byte_page.h"
 
 #include "platform/codepage.h"
-#include "text/compare.h"
-
 #include <algorithm>
 #include <bit>
 #include <numeric>
@@ -11,11 +9,10 @@ namespace Tools {
 
 namespace {
 
-constexpr std::size_t Block = 16;
-
-// Sixteen units of two or four bytes from the low halves on.
-void storeUnits(wchar_t* to, __m128i bytes)
+// A block of bytes as units of two or four bytes.
+void storeUnits(wchar_t* to, ByteBlock block)
 {
+    const __m128i bytes = block.bits();
     const __m128i zero = _mm_setzero_si128();
     const __m128i halves[] = {_mm_unpacklo_epi8(bytes, zero), _mm_unpackhi_epi8(bytes, zero)};
     auto* out = reinterpret_cast<__m128i*>(to);
@@ -43,11 +40,6 @@ __m128i isBeyond8Bits(__m128i units)
 {
     return _mm_xor_si128(_mm_cmpeq_epi16(_mm_srli_epi16(units, 8), _mm_setzero_si128()),
                          _mm_set1_epi8(-1));
-}
-
-std::uint32_t toMask(__m128i bytes)
-{
-    return static_cast<std::uint32_t>(_mm_movemask_epi8(bytes));
 }
 
 }
@@ -85,6 +77,7 @@ std::unique_ptr<SingleBytePage> SingleBytePage::make()
     return isAscii ? std::move(page) : nullptr;
 }
 
+// False if some unit is not one byte.
 bool SingleBytePage::fillNarrow(unsigned first, unsigned last)
 {
     std::wstring units(last - first + 1, L'\0');
@@ -112,23 +105,26 @@ std::wstring SingleBytePage::toWide(std::string_view text) const
     return wide;
 }
 
-// Which of sixteen bytes are another number as units.
-std::uint32_t SingleBytePage::unequalBytes(__m128i bytes) const
+// Which bytes of a block are another number as units.
+ByteBlock::Mask SingleBytePage::unequalBytes(ByteBlock bytes) const
 {
-    return toMask(m_isLatin ? CaseFolding::inRange(bytes, 0x80, 0x9F) : bytes);
+    if (m_isLatin)
+        bytes = bytes.isInRange(0x80, 0x9F);
+    return bytes.mask();
 }
 
+// Most bytes are their own units: a block is widened as if all were, and the others are set right.
 void SingleBytePage::widen(std::string_view text, wchar_t* wide) const
 {
     const auto unitOf = [this](char c) { return m_wide[static_cast<unsigned char>(c)]; };
     std::size_t i = 0;
-    for (; i + Block <= text.size(); i += Block) {
+    for (; i + ByteBlock::Size <= text.size(); i += ByteBlock::Size) {
         const char* const p = text.data() + i;
-        const __m128i bytes = Comparing::load16(p);
+        const ByteBlock bytes = ByteBlock::load(p);
         storeUnits(wide + i, bytes);
-        std::uint32_t others = unequalBytes(bytes);
+        ByteBlock::Mask others = unequalBytes(bytes);
         if (others != 0 && !m_isLatin) {
-            std::transform(p, p + Block, wide + i, unitOf);
+            std::transform(p, p + ByteBlock::Size, wide + i, unitOf);
             continue;
         }
         for (; others != 0; others &= others - 1) {
@@ -150,18 +146,19 @@ std::string SingleBytePage::toNarrow(std::wstring_view text) const
     return result;
 }
 
-// The number of units converted: up to the first one that is wider than 16 bits.
+// As `widen`: whole blocks are narrowed, and units that are no byte of the same number are set
+// right. Returns the number of units converted: up to the first one that is wider than 16 bits.
 std::size_t SingleBytePage::narrow(std::wstring_view text, char* narrow) const
 {
     std::size_t i = 0;
-    for (; i + Block <= text.size(); i += Block) {
+    for (; i + ByteBlock::Size <= text.size(); i += ByteBlock::Size) {
         const wchar_t* const p = text.data() + i;
         const __m128i low = loadUnits(p);
         const __m128i high = loadUnits(p + 8);
-        const __m128i bytes = _mm_packus_epi16(low, high);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(narrow + i), bytes);
-        const __m128i beyond = _mm_packs_epi16(isBeyond8Bits(low), isBeyond8Bits(high));
-        std::uint32_t others = unequalBytes(bytes) | toMask(beyond);
+        const ByteBlock bytes(_mm_packus_epi16(low, high));
+        bytes.store(narrow + i);
+        const ByteBlock beyond(_mm_packs_epi16(isBeyond8Bits(low), isBeyond8Bits(high)));
+        ByteBlock::Mask others = unequalBytes(bytes) | beyond.mask();
         for (; others != 0; others &= others - 1) {
             const auto k = static_cast<std::size_t>(std::countr_zero(others));
             if (!narrowUnit(p[k], narrow[i + k]))

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "text/byte_block.h"
+
 #include <array>
-#include <cstdint>
-#include <emmintrin.h>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -10,7 +10,7 @@
 namespace Tools {
 
 // The process's code page as tables, filled once by the system's own conversion, so that it answers
-// as the system does. Never changed or destroyed after it was made.
+// as the system does. Never changed or destroyed after it was made: any thread may use it.
 class SingleBytePage {
 public:
     // Null if the process's code page is not a single-byte one.
@@ -24,7 +24,7 @@ private:
     static std::unique_ptr<SingleBytePage> make();
     bool fillNarrow(unsigned first, unsigned last);
 
-    std::uint32_t unequalBytes(__m128i bytes) const;
+    ByteBlock::Mask unequalBytes(ByteBlock bytes) const;
     void widen(std::string_view text, wchar_t* wide) const;
     std::size_t narrow(std::wstring_view text, char* narrow) const;
     bool narrowUnit(wchar_t unit, char& byte) const;

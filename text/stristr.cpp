@@ -9,6 +9,7 @@ namespace {
 
 using LoweredSearch = Search<Comparing::Lowered>;
 
+// The texts end at their first NUL.
 bool contains(const char* text, const char* sub, Comparing::By by)
 {
     if (text == nullptr || sub == nullptr)

@@ -11,19 +11,19 @@ namespace Tools::Numbers {
 namespace {
 
 constexpr int MantissaBits = std::numeric_limits<double>::digits;
-// Powers of two: of the last place of a subnormal number, and of the smallest normal number.
+// Powers of two: of the last bit of a subnormal number, and of the smallest normal number.
 constexpr int LeastPower = -1074;
 constexpr int LeastNormalPower = -1022;
 constexpr double LeastNormal = std::numeric_limits<double>::min();
 
-// A large whole number in places of nine digits, the lowest first.
+// A big integer in base 10^9, the lowest limb first.
 void multiply(std::vector<std::uint32_t>& number, std::uint32_t factor)
 {
     constexpr std::uint64_t Base = 1000000000;
     std::uint64_t carry = 0;
-    for (std::uint32_t& place : number) {
-        carry += std::uint64_t{place} * factor;
-        place = static_cast<std::uint32_t>(carry % Base);
+    for (std::uint32_t& limb : number) {
+        carry += std::uint64_t{limb} * factor;
+        limb = static_cast<std::uint32_t>(carry % Base);
         carry /= Base;
     }
     if (carry != 0)
@@ -33,8 +33,8 @@ void multiply(std::vector<std::uint32_t>& number, std::uint32_t factor)
 std::string toText(const std::vector<std::uint32_t>& number)
 {
     std::string text;
-    for (auto place = number.rbegin(); place != number.rend(); ++place) {
-        const std::string digits = std::to_string(*place);
+    for (auto limb = number.rbegin(); limb != number.rend(); ++limb) {
+        const std::string digits = std::to_string(*limb);
         text.append(9 - digits.size(), '0').append(digits);
     }
     return text;
@@ -81,6 +81,7 @@ Digits Digits::normalized(const std::string& digits, std::int64_t exponent)
     return result;
 }
 
+// Without zeros at either end, the texts of the digits order as the fractions do.
 bool Digits::operator<(const Digits& other) const
 {
     return std::tie(m_magnitude, m_digits) < std::tie(other.m_magnitude, other.m_digits);
@@ -99,6 +100,8 @@ bool Digits::isTooSmallFor(double value) const
     return !(*this == ofBinary(mantissa, -LeastPower));
 }
 
+// Rounds by hand (guard bit and sticky bits), because the bits to keep become fewer below the
+// smallest normal number.
 double Binary::value(bool& isOutOfRange) const
 {
     isOutOfRange = false;

@@ -8,10 +8,11 @@
 // digits needs more than the digits of a double.
 namespace Tools::Numbers {
 
-// A decimal number 0.DIGITS * 10^magnitude, without zeros at either end of the digits.
+// An exact decimal number of any length: 0.DIGITS * 10^magnitude, without zeros at either end of
+// the digits.
 class Digits {
 public:
-    // `text` has digits, a point and an exponent; the last digit stands for 10^exponent.
+    // `text` has digits, a point and an exponent; the last digit counts 10^exponent.
     static Digits of(std::string_view text, std::int64_t exponent);
 
     bool isZero() const { return m_digits.empty(); }

@@ -1,5 +1,5 @@
+#include "text/byte_block.h"
 #include "text/byte_set.h"
-#include "text/compare.h"
 
 #include <mdtools/constants.h>
 #include <mdtools/encoding.h>
@@ -7,14 +7,15 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <string_view>
 
 namespace Tools {
 
 namespace {
 
-// Tells which of 64 bytes are delimiters, one bit each. Up to `FewDelimiters` are compared with
-// sixteen bytes at a time, more are looked up in a set.
+// Finds which of 64 bytes are delimiters, one bit each. Up to `FewDelimiters` are compared with
+// whole blocks, more are looked up in a set.
 class DelimiterFinder {
 public:
     explicit DelimiterFinder(std::string_view delimiters)
@@ -22,7 +23,7 @@ public:
     {
         if (m_count <= FewDelimiters) {
             for (std::size_t i = 0; i < m_count; ++i)
-                m_delimiters[i] = _mm_set1_epi8(delimiters[i]);
+                m_delimiters[i] = ByteBlock::filled(delimiters[i]);
         }
     }
 
@@ -30,7 +31,10 @@ public:
     {
         if (m_count > FewDelimiters)
             return findInSet(p);
-        return find16(p) | find16(p + 16) << 16 | find16(p + 32) << 32 | find16(p + 48) << 48;
+        std::uint64_t found = 0;
+        for (std::size_t i = 0; i < 64; i += ByteBlock::Size)
+            found |= std::uint64_t{findInBlock(p + i)} << i;
+        return found;
     }
 
     // Fewer than 64 bytes; what is missing counts as delimiters.
@@ -44,13 +48,13 @@ public:
 private:
     static constexpr std::size_t FewDelimiters = 8;
 
-    std::uint64_t find16(const char* p) const
+    ByteBlock::Mask findInBlock(const char* p) const
     {
-        const __m128i block = Comparing::load16(p);
-        __m128i found = _mm_setzero_si128();
+        const ByteBlock block = ByteBlock::load(p);
+        ByteBlock found = ByteBlock::zero();
         for (std::size_t i = 0; i < m_count; ++i)
-            found = _mm_or_si128(found, _mm_cmpeq_epi8(block, m_delimiters[i]));
-        return static_cast<std::uint64_t>(_mm_movemask_epi8(found));
+            found = found | block.equals(m_delimiters[i]);
+        return found.mask();
     }
 
     std::uint64_t findInSet(const char* p) const
@@ -63,15 +67,16 @@ private:
 
     ByteSet m_set;
     std::size_t m_count;
-    __m128i m_delimiters[FewDelimiters];
+    ByteBlock m_delimiters[FewDelimiters];
 };
 
-// Collects the tokens of a text that comes in masks of 64 bytes.
+// Collects the tokens of a text that comes as bitmaps, one bit a byte and 64 a word: the edges
+// between tokens and delimiters are found by shifts and counting zeros, never byte by byte.
 class Tokenizer {
 public:
     explicit Tokenizer(std::string_view text) : m_text(text) {}
 
-    // `tokens` has a bit for each byte of the text from `begin` on that is no delimiter.
+    // `tokens` has a set bit for each byte of the text from `begin` on that is no delimiter.
     void read(std::size_t begin, std::uint64_t tokens)
     {
         // Each token has one bit where it begins and one where it has ended.
@@ -90,6 +95,7 @@ public:
         }
     }
 
+    // Grows geometrically, but never less than needed.
     void expect(std::size_t tokens)
     {
         const std::size_t needed = m_tokens.size() + tokens;
@@ -147,6 +153,7 @@ std::vector<std::string> tokenize(const std::string& s, const std::string& delim
     return tokenizer.finish();
 }
 
+// Greedy, by bytes.
 std::vector<std::string> tokenize(const std::string& s, std::size_t maxLength)
 {
     std::vector<std::string> lines;

@@ -1,8 +1,10 @@
+#include "text/byte_block.h"
 #include "text/byte_set.h"
-#include "text/compare.h"
 
 #include <mdtools/encoding.h>
 #include <mdtools/strings.h>
+
+#include <bit>
 
 namespace Tools {
 
@@ -16,6 +18,7 @@ struct Ends {
     std::size_t last;
 };
 
+// The front first: of a text that is trimmed away altogether nothing is left for the back.
 Ends trimByteByByte(const std::string& s, const std::string& chars)
 {
     const ByteSet set(chars);
@@ -33,11 +36,11 @@ Ends trimmedEnds(const std::string& s, const std::string& chars)
 {
     if (s.size() < 8 || chars.size() > FewBytes)
         return trimByteByByte(s, chars);
-    const __m128i bytes = Comparing::loadEnds<8>(s.data(), s.size());
-    __m128i found = _mm_setzero_si128();
+    const ByteBlock bytes = ByteBlock::loadEnds<8>(s.data(), s.size());
+    ByteBlock found = ByteBlock::zero();
     for (const char c : chars)
-        found = _mm_or_si128(found, _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)));
-    const auto mask = static_cast<unsigned>(_mm_movemask_epi8(found));
+        found = found | bytes.equals(c);
+    const ByteBlock::Mask mask = found.mask();
     const auto atStart = static_cast<unsigned>(std::countr_zero(~mask | 0x100U));
     const auto atEnd = static_cast<unsigned>(std::countl_zero(~(mask << 16) | 0x800000U));
     return atStart == 8 || atEnd == 8 ? trimByteByByte(s, chars) : Ends{atStart, s.size() - atEnd};

@@ -8,6 +8,7 @@ namespace Tools::Unicode16 {
 
 namespace {
 
+// A program's own literal may hold whole code points in a wide wchar_t: they keep their case.
 wchar_t lower(wchar_t unit)
 {
     const auto wide = static_cast<char32_t>(unit);
@@ -15,6 +16,7 @@ wchar_t lower(wchar_t unit)
                          : static_cast<wchar_t>(UnicodeCase::toLower(static_cast<char16_t>(wide)));
 }
 
+// Most units are equal as they are; only others are lowered.
 bool isEqualWithoutCase(const wchar_t* a, const wchar_t* b)
 {
     if (a == b)

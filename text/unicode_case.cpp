@@ -7,6 +7,8 @@ namespace Tools::UnicodeCase {
 
 namespace {
 
+// All upper-case letters with a simple lower case, in ascending ranges, so that a binary search
+// finds a unit's.
 // clang-format off
 constexpr Range Ranges[] = {
     {0x0041, 0x005A, 1, 32}, {0x00C0, 0x00D6, 1, 32}, {0x00D8, 0x00DE, 1, 32},
@@ -91,6 +93,7 @@ char16_t toLower(char16_t unit)
     return static_cast<char16_t>(unit + range->distance);
 }
 
+// Asked only while tables are made, so a linear search will do.
 char16_t toUpper(char16_t unit)
 {
     // Letters of code pages whose upper case has another lower case.

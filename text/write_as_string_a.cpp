@@ -11,6 +11,7 @@ const char* LossyConversionError::what() const noexcept
 
 WriteAsStringA::WriteAsStringA(const std::string& text) : m_text(text) {}
 
+// There and back: what the page cannot hold, or holds twice, comes back as something else.
 std::string WriteAsStringA::convert() const
 {
     std::string text = toNarrow(toWide(m_text));

@@ -3,6 +3,7 @@
 #include "platform/registry_store.h"
 #include "text/characters.h"
 #include "text/conversion.h"
+#include "text/utf8.h"
 
 #include <algorithm>
 
@@ -47,39 +48,17 @@ std::wstring readUtf16(std::string_view bytes)
     return text;
 }
 
-// One character of UTF-8 at the front of `bytes`, which is stepped over; false if there is none.
-bool takeUtf8(std::string_view& bytes, std::uint32_t& character)
-{
-    constexpr std::uint32_t Smallest[] = {0, 0x80, 0x800, 0x10000};
-    const auto first = static_cast<unsigned char>(bytes.front());
-    const std::size_t more = first < 0x80 ? 0 : first < 0xE0 ? 1 : first < 0xF0 ? 2 : 3;
-    if ((first >= 0x80 && first < 0xC0) || first >= 0xF8 || bytes.size() <= more)
-        return false;
-    character = more == 0 ? first : first & (0x3Fu >> more);
-    for (std::size_t i = 1; i <= more; ++i) {
-        const auto next = static_cast<unsigned char>(bytes[i]);
-        if ((next & 0xC0) != 0x80)
-            return false;
-        character = character << 6 | (next & 0x3F);
-    }
-    bytes.remove_prefix(more + 1);
-    const bool isSurrogate = character >= 0xD800 && character < 0xE000;
-    return character >= Smallest[more] && character < 0x110000 && !isSurrogate;
-}
-
+// False if the bytes are no UTF-8.
 bool readUtf8(std::string_view bytes, std::wstring& text)
 {
     text.clear();
-    while (!bytes.empty()) {
-        std::uint32_t character = 0;
-        if (!takeUtf8(bytes, character))
+    const char* p = bytes.data();
+    const char* const end = p + bytes.size();
+    while (p != end) {
+        const char32_t point = Utf8::read(p, end);
+        if (point == Utf8::Broken)
             return false;
-        if (character >= 0x10000) {
-            character -= 0x10000;
-            text += static_cast<wchar_t>(0xD800 + (character >> 10));
-            character = 0xDC00 + (character & 0x3FF);
-        }
-        text += static_cast<wchar_t>(character);
+        Utf8::appendUnits(text, point);
     }
     return true;
 }

@@ -6,8 +6,9 @@
 
 namespace Tools {
 
-// One-character texts (and the empty one) for composing paths, lists and lines. They are ready
-// before any other code of the library runs and never change.
+// One-character texts (and the empty one) for composing paths, lists and lines. They are ASCII,
+// so that they are the same in every code page. They are ready before any other code of the library
+// runs and never change; any thread may read them.
 class MDTOOLS_API C {
 public:
     static const std::string Asterisk;

@@ -8,7 +8,8 @@
 #include <string>
 #include <vector>
 
-// Twins of the functions in strings.h. Where nothing is said here they mean the same.
+// Twins of the functions in strings.h: for narrow text taken as bytes, and for UTF-16. Where
+// nothing is said here they mean the same, and any thread may call them.
 namespace Tools {
 
 // Narrow text taken byte by byte, without regard to double-byte characters.
@@ -59,8 +60,9 @@ MDTOOLS_API mdt::Nullable<double> tryParseDouble(const std::string& s);
 
 }
 
-// UTF-16 text, taken unit by unit. Where wchar_t is wider than 16 bits each still holds one unit.
-// Comparisons end at the first NUL; null equals null only.
+// UTF-16 text, taken unit by unit: half of a surrogate pair is a unit like any other. Where wchar_t
+// is wider than 16 bits each still holds one unit. Comparisons end at the first NUL; null equals
+// null only.
 namespace Unicode16 {
 
 MDTOOLS_API bool Streq(const std::wstring& a, const std::wstring& b);
@@ -91,7 +93,8 @@ public:
 };
 
 // A narrow text that is about to be written, guarded against loss: text that does not come back
-// from UTF-16 as it was, such as half a double-byte character, raises LossyConversionError.
+// from UTF-16 as it was, such as half a double-byte character, raises LossyConversionError. A plain
+// value.
 class MDTOOLS_API WriteAsStringA {
 public:
     WriteAsStringA(const std::string& text);

@@ -2,7 +2,8 @@
 
 namespace Tools {
 
-// The edges of a rectangle, as windows have them.
+// The edges of a rectangle, as windows have them. Nothing keeps `left` below `right` or `top`
+// below `bottom`. A plain value, like Size.
 template <class T>
 struct Rectangle {
     T left{};
@@ -13,6 +14,7 @@ struct Rectangle {
     friend bool operator==(const Rectangle& a, const Rectangle& b) = default;
 };
 
+// How far something extends, in the units of the caller.
 template <class T>
 struct Size {
     T width{};

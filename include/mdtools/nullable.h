@@ -5,7 +5,8 @@
 namespace mdt {
 
 // A value or nothing, the result of reads and parses that may find none. Unlike std::optional the
-// value is always there to be read: it is zero-initialised while the object is empty.
+// value is always there to be read: it is zero-initialised while the object is empty. A plain
+// value: one thread at a time, unless all of them only read.
 template <class T>
 class Nullable {
 public:

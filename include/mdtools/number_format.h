@@ -8,9 +8,9 @@
 namespace Tools {
 
 // Real numbers as text for listings, in one of four styles, with `decimals` as printf has it. The
-// text is the exact value of the double rounded to the nearest, ties to even; it is the same on
-// every platform and in every locale: "." as decimal point, exponents with a sign and at least two
-// digits.
+// text is the exact value of the double rounded to the nearest, ties to even. It is ASCII, and the
+// same on every platform and in every locale: "." as decimal point, exponents with a sign and at
+// least two digits.
 //
 // Infinities and not-a-numbers become "inf", "-inf", "nan", "-nan" (upper case in the scientific
 // and general style), without an exponent. The sign of a negative zero, and of a number that rounds
@@ -28,7 +28,7 @@ MDTOOLS_API std::string toStringSci(double value, int decimals);
 MDTOOLS_API std::string toStringAll(double value, int decimals);
 
 // Engineering: a fixed-point number and an exponent that is a multiple of three; 12345 with 3
-// decimals is "12.345E+03". The exponent is taken before rounding, and the number in front is not
+// decimals is "12.345E+03". The exponent is taken before rounding, and the number before it is not
 // brought back below 1000 after it: 999.999 with 2 decimals is "1000.00E+00".
 MDTOOLS_API std::string toStringEng(double value, int decimals);
 

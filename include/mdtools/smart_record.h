@@ -169,7 +169,8 @@ private:
 //
 // References that a getter or an index returns stay valid while other entries come and go, and
 // while the entry keeps its type. A copy copies the whole tree. Trees may be nested as deeply as
-// memory allows.
+// memory allows. Names and texts are bytes that are kept, read and written as they are; programs
+// agree on their encoding, as a rule the code page (see strings.h).
 //
 // Several threads may read one record at once; different records are independent of each other,
 // copies too.
@@ -250,8 +251,8 @@ public:
 
     // Reads one record in parentheses. Its entries replace those of the same names; all others
     // stay. A name that occurs twice keeps its last value. From a stream exactly one record is
-    // taken, up to its closing parenthesis; an iterator must stand on the opening parenthesis and
-    // stands on the closing one afterwards.
+    // taken, up to its closing parenthesis; an iterator must be on the opening parenthesis and
+    // is on the closing one afterwards.
     //
     // Throws WrongToken where the input breaks the grammar; what was read before stays, but for a
     // record or sequence within this one that is not complete. Input that ends too early, or whose
@@ -275,8 +276,8 @@ private:
     RecordData* m_data = nullptr;
 };
 
-// Walks through the names of a record. It may be kept while entries come and go: an increment goes
-// to the next greater name that is there then.
+// Walks through the names of a record, which must outlive it. It may be kept while entries come and
+// go: an increment goes to the next greater name that is there then.
 class MDTOOLS_API Record::Iterator {
 public:
     using iterator_category = std::forward_iterator_tag;

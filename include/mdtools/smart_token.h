@@ -12,7 +12,8 @@ namespace Tools::Smart {
 class RecordReader;
 
 // One lexical unit of the record format: a quoted text, a number, a name or one of the marks
-// "= ( ) [ ]". A plain value.
+// "= ( ) [ ]". A plain value. Its text has the bytes of the input, in whatever encoding that is;
+// the marks, blanks and digits of the format are ASCII.
 class MDTOOLS_API Token {
 public:
     // The numbers are fixed; messages and callers rely on them.
@@ -65,9 +66,9 @@ MDTOOLS_API std::string tokenTypeName(Token::Type type);
 
 // Reads tokens from a stream, one with each increment. Blanks, tabs, line ends and comments ("#" to
 // the end of the line, where a token could begin) are skipped. A token ends where the next one
-// begins, so nothing behind it is taken from the stream but the blanks and comments behind a quoted
+// begins, so nothing after it is taken from the stream but the blanks and comments after a quoted
 // text, whose continuation might follow ("ab" "cd" is one text abcd). Between two operations the
-// stream stands exactly where reading it character by character would have left it; it may be read
+// stream is exactly where reading it character by character would have left it; it may be read
 // by others, or by several iterators in turn.
 //
 // A word that begins with one of "-.0123456789" and is not a number as a whole (integers have 32

@@ -20,10 +20,11 @@
 #undef strncpy
 #undef strupr
 
-// Functions for narrow text: multibyte text in the process's ANSI code page, which may be a
-// double-byte one. Elsewhere than on Windows the environment variable MDTOOLS_CODEPAGE names the
-// page (any single-byte page, 932, 936, 949, 950, or 65001 for UTF-8); 1252 is the default. It is
-// read once.
+// Functions for narrow text: char and std::string in the process's ANSI code page, which may be a
+// double-byte one. This is the encoding of all narrow text in this library unless a header says
+// otherwise. Elsewhere than on Windows the environment variable MDTOOLS_CODEPAGE names the page
+// (any single-byte page, 932, 936, 949, 950, or 65001 for UTF-8); 1252 is the default. It is read
+// once.
 //
 // Where a function looks at characters, the second byte of a double-byte character is never taken
 // for a character of its own. `setlocale` changes nothing here.
@@ -48,7 +49,7 @@ MDTOOLS_API bool Strieq(const char* a, const std::string& b);
 MDTOOLS_API bool Strieq(const char* a, const char* b);
 
 // Negative, 0 or positive: the order by character values, unsigned; every double-byte character is
-// greater than every single-byte one. A first byte of a double-byte character that stands alone
+// greater than every single-byte one. A first byte of a double-byte character that is alone
 // before the end counts as the end. Null comes before any text and equals null.
 MDTOOLS_API int strcmp(const char* a, const char* b);
 
@@ -79,7 +80,7 @@ MDTOOLS_API bool containsAny(const std::string& s, const std::string& chars, boo
 // passes; `replaceForbiddenFilenameChars` does replace it. Looks at bytes.
 MDTOOLS_API bool hasForbiddenFilenameChar(const std::string& s);
 
-// Removes leading and trailing blanks from `name` (as `removeBlanks` does), then tells whether it
+// Removes leading and trailing blanks from `name` (as `removeBlanks` does), then returns whether it
 // is a name: not empty, without blank, tab, line feed, comma and control characters. A carriage
 // return is allowed.
 MDTOOLS_API bool checkName(std::string& name);
@@ -112,14 +113,14 @@ MDTOOLS_API std::string replaceForbiddenFilenameChars(const std::string& s,
 // The runs of bytes between those that occur in `delimiters`, in order and without empty ones.
 MDTOOLS_API std::vector<std::string> tokenize(const std::string& s, const std::string& delimiters);
 
-// Wraps the words of `s` (separated by blanks and tabs) into lines. A word joins the line, behind
+// Wraps the words of `s` (separated by blanks and tabs) into lines. A word joins the line, after
 // one blank, while the line's length and its own add up to less than `maxLength`; the blank is not
 // counted. A longer word is a line of its own.
 MDTOOLS_API std::vector<std::string> tokenize(const std::string& s, std::size_t maxLength);
 
 // --- In place; each function returns its argument, null stays null ---
 
-// Removes blanks (or the character `c`) at the front; tabs are no blanks.
+// Removes blanks (or the byte `c`) at the front; tabs are no blanks.
 MDTOOLS_API char* removeLeadingBlanks(char* p);
 MDTOOLS_API char* removeLeadingCharakters(char* p, char c);
 
@@ -129,6 +130,7 @@ MDTOOLS_API char* removeLeadingCharakters(char* p, char c);
 MDTOOLS_API char* removeTrailingBlanks(char* p);
 MDTOOLS_API char* removeTrailingCharakters(char* p, char c);
 
+// Both ends: `removeLeadingBlanks`, then `removeTrailingBlanks`.
 MDTOOLS_API void removeBlanks(char* p);
 
 // The first character that is no white space (blank, tab, line feed, vertical tab, form feed,
@@ -143,7 +145,7 @@ MDTOOLS_API char* strupr(char* p);
 MDTOOLS_API std::string& strlwr(std::string& s);
 MDTOOLS_API std::string& strupr(std::string& s);
 
-// Copies at most `size` - 1 bytes and a terminator into `dst`; touches nothing behind it. Returns
+// Copies at most `size` - 1 bytes and a terminator into `dst`; touches nothing after it. Returns
 // 0. Does nothing if `dst` or `src` is null. `size` is at least 1: with 0 the terminator is still
 // written.
 MDTOOLS_API int strncpy(char* dst, std::size_t size, const char* src);
@@ -153,7 +155,7 @@ MDTOOLS_API char* stringDuplicate(const char* src);
 
 // --- Numbers; the decimal point is "." whatever the locale ---
 
-// The number at the beginning, behind white space; 0 if there is none. Whole numbers saturate at 32
+// The number at the beginning, after white space; 0 if there is none. Whole numbers saturate at 32
 // bits; reals read like strtod. Null reads like the empty text.
 MDTOOLS_API int atoi(const std::string& s);
 MDTOOLS_API int atoi(const char* s);
@@ -162,7 +164,7 @@ MDTOOLS_API long atol(const char* s);
 MDTOOLS_API double atof(const std::string& s);
 MDTOOLS_API double atof(const char* s);
 
-// Empty if there is no number at the beginning, or if it is out of range; text behind the number is
+// Empty if there is no number at the beginning, or if it is out of range; text after the number is
 // accepted. All whole numbers have 32 bits on every platform. A minus sign before an unsigned
 // number is accepted and wraps: "-1" is 4294967295.
 MDTOOLS_API mdt::Nullable<int> tryParseInt(const std::string& s);

@@ -25,7 +25,7 @@ public:
     Table& operator=(Table&& other) noexcept;
 
     // Several points may have the same x; which of them then comes first is not fixed. A point
-    // whose x is not a number comes behind all others.
+    // whose x is not a number comes after all others.
     void addPair(const std::pair<double, double>& point);
     void addPair(double x, double y);
 
@@ -55,23 +55,20 @@ public:
 private:
     using Point = std::pair<double, double>;
 
-    // Serves all x in (from, to]; none as long as `to` is not a number. The range between the first
-    // and the last finite x is cut into buckets of equal width, as many as there are points, and
-    // each knows its first point; one more bucket holds the end.
+    // Finds the points next to an x, for all x in (from, to]; for none as long as `to` is not a
+    // number. A part of the table, because a lookup takes little longer than following a pointer.
     struct Index {
         double from = 0.0;
         double to = std::numeric_limits<double>::quiet_NaN();
         double start = 0.0;
         double bucketsPerUnit = 0.0;
         double lastBucket = 0.0;
-        // The first of the last few points.
         std::size_t lastFew = 0;
         std::vector<std::uint32_t> buckets;
 
         std::size_t bucketOf(double x) const;
     };
 
-    static double interpolate(const Point& a, const Point& b, double x);
     double getValueWithoutIndex(double x);
     // Beyond the point `end`, by the line from the point `line` to the next one.
     double getOuterValue(std::size_t end, std::size_t line, double x) const;

@@ -27,8 +27,8 @@ std::size_t narrowPiece(const char* text, std::size_t size)
             --end;
         return end;
     }
-    // A byte that is no first byte ends a character, so that the first bytes directly before the
-    // cut tell whether it splits one.
+    // A byte that is no first byte ends a character: an odd number of first bytes directly before
+    // the cut means that it would split one.
     std::size_t leads = 0;
     while (leads < end && ::IsDBCSLeadByte(static_cast<BYTE>(text[end - 1 - leads])))
         ++leads;

@@ -1,4 +1,4 @@
-#include "smart/page.h"
+#include "smart/arena.h"
 
 #include <algorithm>
 #include <new>
@@ -12,25 +12,27 @@ constexpr std::size_t LargestObject = 1024;
 // Pages begin when this much was allocated, and grow with it.
 constexpr std::size_t FirstBytes = 8192;
 constexpr std::size_t Alignment = 8;
-static_assert(sizeof(Page) % Alignment == 0);
+static_assert(sizeof(ArenaPage) % Alignment == 0);
 
 }
 
 // Objects are taken from the end on, so that has to be aligned as the beginning is.
-Shared<Page> Page::create(std::size_t size)
+Shared<ArenaPage> ArenaPage::create(std::size_t size)
 {
     size -= size % Alignment;
-    void* memory = ::operator new(sizeof(Page) + size);
-    return Shared<Page>(new (memory) Page(size));
+    void* memory = ::operator new(sizeof(ArenaPage) + size);
+    return Shared<ArenaPage>(new (memory) ArenaPage(size));
 }
 
-void Page::destroy(Page* page)
+// The objects are gone by now, or were never made.
+void ArenaPage::destroy(ArenaPage* page)
 {
-    page->~Page();
+    page->~ArenaPage();
     ::operator delete(page);
 }
 
-void* Page::take(std::size_t size)
+// Downward from the end, so that one number is all the state.
+void* ArenaPage::take(std::size_t size)
 {
     size += (Alignment - size % Alignment) % Alignment;
     if (m_left < size)
@@ -39,16 +41,16 @@ void* Page::take(std::size_t size)
     return reinterpret_cast<std::byte*>(this + 1) + m_left;
 }
 
-void* PagePool::allocate(std::size_t size, Shared<Page>& page)
+void* Arena::allocate(std::size_t size, Shared<ArenaPage>& page)
 {
     m_allocated += size;
     if (m_allocated < FirstBytes || size > LargestObject)
         return ::operator new(size);
     void* memory = m_page != nullptr ? m_page->take(size) : nullptr;
     if (memory == nullptr) {
-        Shared<Page> fresh = Page::create(std::min(m_allocated / 4, LargestPage));
+        Shared<ArenaPage> fresh = ArenaPage::create(std::min(m_allocated / 4, LargestPage));
         m_page = fresh.get();
-        m_owners = OwnerStock<Page>(std::move(fresh));
+        m_owners = OwnerStock<ArenaPage>(std::move(fresh));
         memory = m_page->take(size);
     }
     page = m_owners.take();

@@ -1,22 +1,22 @@
 #include "platform/codepage.h"
 
 #include "platform/environment.h"
+#include "platform/page_decoder.h"
+#include "text/utf8.h"
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdint>
-#include <iconv.h>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+// The process's code page where the system has none: tables that are filled on first use, and never
+// changed or destroyed, because text is compared and converted until the very end of the process.
 namespace Tools::Platform {
 
 namespace {
 
-constexpr char16_t Replacement = 0xFFFD;
 constexpr char16_t PrivateUse = 0xF800;
 
 // The upper half of the first 32 bytes above ASCII in page 1252, which must be there whatever iconv
@@ -39,51 +39,8 @@ constexpr DoubleBytePage DoubleBytePages[] = {{932, 0x81, 0x9F, 0xE0, 0xFC, 0x30
                                               {949, 0x81, 0xFE, 1, 0, u'?'},
                                               {950, 0x81, 0xFE, 1, 0, u'?'}};
 
-// iconv from a page to UTF-16, one character at a time.
-class Converter {
-public:
-    explicit Converter(unsigned page)
-        : m_handle(::iconv_open("UTF-16LE", ("CP" + std::to_string(page)).c_str()))
-    {}
-    ~Converter()
-    {
-        if (valid())
-            ::iconv_close(m_handle);
-    }
-    Converter(const Converter&) = delete;
-    Converter& operator=(const Converter&) = delete;
-
-    bool valid() const { return m_handle != reinterpret_cast<iconv_t>(-1); }
-
-    enum class Result { Unit, Unknown, Incomplete };
-
-    // Pages with combining characters hold a letter back until the converter is flushed.
-    Result convert(std::string_view character, char16_t& unit)
-    {
-        std::array<char, 2> in{};
-        std::copy(character.begin(), character.end(), in.begin());
-        std::array<unsigned char, 8> out{};
-        char* from = in.data();
-        char* to = reinterpret_cast<char*>(out.data());
-        std::size_t inLeft = character.size();
-        std::size_t outLeft = out.size();
-        ::iconv(m_handle, nullptr, nullptr, nullptr, nullptr);
-        const std::size_t status = ::iconv(m_handle, &from, &inLeft, &to, &outLeft);
-        if (status == static_cast<std::size_t>(-1))
-            return errno == EINVAL ? Result::Incomplete : Result::Unknown;
-        ::iconv(m_handle, nullptr, nullptr, &to, &outLeft);
-        if (outLeft != out.size() - 2)
-            return Result::Unknown;
-        unit = static_cast<char16_t>(out[0] | out[1] << 8);
-        return Result::Unit;
-    }
-
-private:
-    iconv_t m_handle;
-};
-
-// The page as tables: from bytes and from units. 0 in `narrow` is "not in the page", except for NUL
-// itself; a value above 0xFF is a double-byte character, its first byte above.
+// A code page as tables: from bytes and from units. 0 in `narrow` is "not in the page", except for
+// NUL itself; a value above 0xFF is a double-byte character, its first byte above.
 class Page {
 public:
     explicit Page(unsigned number) : m_narrow(0x10000)
@@ -112,7 +69,7 @@ private:
     bool readDoubleBytePage(unsigned number);
     bool readSingleBytePage(unsigned number);
     void setPage1252();
-    bool readSingles(Converter& converter);
+    bool readSingles(PageDecoder& decoder);
     void fillNarrow();
 
     bool m_isUtf8 = false;
@@ -133,20 +90,20 @@ bool Page::readDoubleBytePage(unsigned number)
                      [number](const DoubleBytePage& p) { return p.number == number; });
     if (page == std::end(DoubleBytePages))
         return false;
-    Converter converter(number);
-    if (!converter.valid())
+    PageDecoder decoder(number);
+    if (!decoder.isKnown())
         return false;
     for (unsigned byte = 0; byte < 256; ++byte)
         m_isLead[byte] = (byte >= page->first && byte <= page->last) ||
                          (byte >= page->first2 && byte <= page->last2);
-    readSingles(converter);
+    readSingles(decoder);
     m_unknownPair = page->unknown;
     m_pairs.assign(0x10000, page->unknown);
     for (unsigned code = 0x8000; code < 0x10000; ++code) {
         if (!m_isLead[code >> 8])
             continue;
         const char bytes[] = {static_cast<char>(code >> 8), static_cast<char>(code)};
-        converter.convert(std::string_view(bytes, 2), m_pairs[code]);
+        decoder.decode(std::string_view(bytes, 2), m_pairs[code]);
     }
     return true;
 }
@@ -155,33 +112,34 @@ bool Page::readSingleBytePage(unsigned number)
 {
     if (number == 1252)
         return false;
-    Converter converter(number);
-    return converter.valid() && readSingles(converter);
+    PageDecoder decoder(number);
+    return decoder.isKnown() && readSingles(decoder);
 }
 
 // False if a byte that is no known first byte waits for another one.
-bool Page::readSingles(Converter& converter)
+bool Page::readSingles(PageDecoder& decoder)
 {
     for (unsigned byte = 0; byte < 256; ++byte) {
         const char character = static_cast<char>(byte);
         m_singles[byte] = static_cast<char16_t>(byte);
         if (m_isLead[byte])
             continue;
-        switch (converter.convert(std::string_view(&character, 1), m_singles[byte])) {
-        case Converter::Result::Unit:
+        switch (decoder.decode(std::string_view(&character, 1), m_singles[byte])) {
+        case PageDecoder::Result::Unit:
             break;
-        case Converter::Result::Unknown:
+        case PageDecoder::Result::Unknown:
             m_isUndefined[byte] = true;
             if (byte >= 0xA0)
                 m_singles[byte] = static_cast<char16_t>(PrivateUse + byte);
             break;
-        case Converter::Result::Incomplete:
+        case PageDecoder::Result::Incomplete:
             return false;
         }
     }
     return true;
 }
 
+// The bytes above 0x9F are Latin-1.
 void Page::setPage1252()
 {
     m_isUndefined.fill(false);
@@ -200,6 +158,8 @@ bool isForReadingOnly(std::size_t code)
     return code >> 8 == 0xED || code >> 8 == 0xEE || code == 0xA2CC || code == 0xA2CE;
 }
 
+// From the highest character down, so that of several with one unit the lowest is what stays;
+// single bytes come last and win over pairs, defined ones over undefined ones.
 void Page::fillNarrow()
 {
     for (std::size_t code = m_pairs.size(); code-- > 0;) {
@@ -217,6 +177,7 @@ void Page::fillNarrow()
     }
 }
 
+// Anything but a number means 1252, as a page does that iconv does not know.
 unsigned configuredPage()
 {
     std::string digits;
@@ -230,74 +191,29 @@ unsigned configuredPage()
     return digits.empty() ? 1252 : number;
 }
 
-// Never destroyed: text is compared and converted until the very end of the process.
 const Page& page()
 {
     static const Page* const instance = new Page(configuredPage());
     return *instance;
 }
 
-void appendUnits(std::wstring& wide, char32_t point)
-{
-    if (point > 0xFFFF) {
-        wide += static_cast<wchar_t>(0xD800 + ((point - 0x10000) >> 10));
-        point = 0xDC00 + ((point - 0x10000) & 0x3FF);
-    }
-    wide += static_cast<wchar_t>(point);
-}
-
-// The code point at `p`, which is moved behind it. A broken sequence is one replacement character
-// for its longest part that could have begun a good one.
-char32_t readUtf8(const unsigned char*& p, const unsigned char* end)
-{
-    const unsigned char first = *p++;
-    if (first < 0x80)
-        return first;
-    if (first < 0xC2 || first > 0xF4)
-        return Replacement;
-    const int more = first < 0xE0 ? 1 : first < 0xF0 ? 2 : 3;
-    unsigned char low = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
-    unsigned char high = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
-    char32_t point = first & (0x3F >> more);
-    for (int i = 0; i < more; ++i) {
-        if (p == end || *p < low || *p > high)
-            return Replacement;
-        point = point << 6 | (*p++ & 0x3F);
-        low = 0x80;
-        high = 0xBF;
-    }
-    return point;
-}
-
-void appendUtf8(std::string& text, char32_t point)
-{
-    if (point < 0x80) {
-        text += static_cast<char>(point);
-        return;
-    }
-    const int more = point < 0x800 ? 1 : point < 0x10000 ? 2 : 3;
-    const unsigned mark = 0xFF00U >> (more + 1);
-    text += static_cast<char>((mark & 0xFF) | point >> (6 * more));
-    for (int i = more; i-- > 0;)
-        text += static_cast<char>(0x80 | (point >> (6 * i) & 0x3F));
-}
-
-// The code point at `p`, which is moved behind it. A program's own literal may hold whole code
-// points in a wide wchar_t; halves of pairs become the replacement character.
+// The code point at `p`, which is moved to what follows. A program's own literal may hold whole
+// code points in a wide wchar_t; halves of pairs become the replacement character.
 char32_t readWide(const wchar_t*& p, const wchar_t* end)
 {
     const auto unit = static_cast<char32_t>(*p++);
     if (unit < 0xD800 || (unit > 0xDFFF && unit <= 0x10FFFF))
         return unit;
     if (unit > 0xDBFF || p == end)
-        return Replacement;
+        return Utf8::Replacement;
     const auto second = static_cast<char32_t>(*p);
     if (second < 0xDC00 || second > 0xDFFF)
-        return Replacement;
+        return Utf8::Replacement;
     ++p;
     return 0x10000 + ((unit & 0x3FF) << 10) + (second & 0x3FF);
 }
 
+// What the page lacks becomes "?", one for each UTF-16 unit.
 void appendNarrow(std::string& text, const Page& page, wchar_t unit)
 {
     const auto point = static_cast<char32_t>(unit);
@@ -333,15 +249,18 @@ std::wstring codePageToWide(const char* text, std::size_t size)
     const Page& current = page();
     std::wstring wide;
     wide.reserve(size);
-    const auto* p = reinterpret_cast<const unsigned char*>(text);
-    const unsigned char* const end = p + size;
+    const char* p = text;
+    const char* const end = p + size;
     while (p != end) {
+        const auto byte = static_cast<unsigned char>(*p);
         if (current.isUtf8()) {
-            appendUnits(wide, readUtf8(p, end));
-        } else if (!current.isLead(*p)) {
-            wide += static_cast<wchar_t>(current.single(*p++));
-        } else if (end - p > 1 && p[1] != 0) {
-            wide += static_cast<wchar_t>(current.pair(p[0], p[1]));
+            const char32_t point = Utf8::read(p, end);
+            Utf8::appendUnits(wide, point != Utf8::Broken ? point : Utf8::Replacement);
+        } else if (!current.isLead(byte)) {
+            wide += static_cast<wchar_t>(current.single(byte));
+            ++p;
+        } else if (end - p > 1 && p[1] != '\0') {
+            wide += static_cast<wchar_t>(current.pair(byte, static_cast<unsigned char>(p[1])));
             p += 2;
         } else {
             // Half a character.
@@ -361,7 +280,7 @@ std::string wideToCodePage(const wchar_t* text, std::size_t size)
     const wchar_t* const end = p + size;
     while (p != end) {
         if (current.isUtf8())
-            appendUtf8(narrow, readWide(p, end));
+            Utf8::append(narrow, readWide(p, end));
         else
             appendNarrow(narrow, current, *p++);
     }
