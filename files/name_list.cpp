@@ -8,21 +8,6 @@ namespace Tools {
 
 namespace {
 
-void lowerCharacters(const CodePage& page, char* p, char* end)
-{
-    const CodePage::CaseMap& map = page.lower();
-    while (p < end) {
-        const auto first = static_cast<unsigned char>(*p);
-        if (page.length(p, end) == 1) {
-            *p++ = static_cast<char>(map.singles[first]);
-            continue;
-        }
-        const std::uint16_t pair = map.pairs[first << 8U | static_cast<unsigned char>(p[1])];
-        *p++ = static_cast<char>(pair >> 8U);
-        *p++ = static_cast<char>(pair & 0xFFU);
-    }
-}
-
 // Big-endian, so that the order of the numbers is that of the bytes.
 std::uint64_t firstBytes(std::string_view text)
 {
@@ -67,15 +52,14 @@ std::string NameList::lowerAll() const
 {
     const CodePage& page = CodePage::get();
     std::string lowered = m_names;
+    // The names follow each other without anything between them: where a character begins is known
+    // within each of them only.
     if (page.hasLeadBytes()) {
         for (const Item& item : m_items)
-            lowerCharacters(page, lowered.data() + item.offset,
-                            lowered.data() + item.offset + item.length);
-        return lowered;
+            page.changeCase(lowered.data() + item.offset, item.length, page.lower());
+    } else {
+        page.changeCase(lowered.data(), lowered.size(), page.lower());
     }
-    const CodePage::ByteMap& map = page.lower().singles;
-    for (char& c : lowered)
-        c = static_cast<char>(map[static_cast<unsigned char>(c)]);
     return lowered;
 }
 

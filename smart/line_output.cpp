@@ -25,7 +25,8 @@ bool isStringStream(const std::ostream& stream)
 
 }
 
-// Everything that could change the text of a number, or add to it, must be at its default.
+// Notation and precision may be chosen; all else that changes or adds to the text of a number must
+// be at its default.
 bool PlainOutput::serves(const std::ostream& stream)
 {
     const ios_base::fmtflags harmless = ios_base::dec | ios_base::fixed | ios_base::scientific |

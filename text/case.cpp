@@ -19,42 +19,22 @@ void mapBytes(char* p, std::size_t size, const CaseFolding::Table& table)
     });
 }
 
-// A character keeps its size, so that the text is mapped in place.
-void mapCharacters(std::string& text, const CodePage& page, const CodePage::CaseMap& map)
-{
-    for (const Character& character : page.characters(text)) {
-        char* const p = text.data() + (character.p - text.data());
-        if (character.bytes == 1) {
-            *p = static_cast<char>(map.singles[static_cast<unsigned char>(*p)]);
-            continue;
-        }
-        const std::uint16_t mapped = map.pairs[CodePage::pairAt(p)];
-        p[0] = static_cast<char>(mapped >> 8);
-        p[1] = static_cast<char>(mapped & 0xFF);
-    }
-}
-
-std::string mapped(std::string text, const CodePage& page, const CodePage::CaseMap& map)
-{
-    if (page.hasLeadBytes())
-        mapCharacters(text, page, map);
-    else
-        mapBytes(text.data(), text.size(), map.singles);
-    return text;
-}
-
 }
 
 std::string toLower(const std::string& s)
 {
     const CodePage& page = CodePage::get();
-    return mapped(s, page, page.lower());
+    std::string result = s;
+    page.changeCase(result.data(), result.size(), page.lower());
+    return result;
 }
 
 std::string toUpper(const std::string& s)
 {
     const CodePage& page = CodePage::get();
-    return mapped(s, page, page.upper());
+    std::string result = s;
+    page.changeCase(result.data(), result.size(), page.upper());
+    return result;
 }
 
 char* strlwr(char* p)

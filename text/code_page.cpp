@@ -68,6 +68,26 @@ CodePage::CodePage()
         m_hasPlainAscii = m_hasPlainAscii && m_lower.singles[c] == m_lower.singles[c + 0x20U];
 }
 
+void CodePage::changeCase(char* p, std::size_t size, const CaseMap& map) const
+{
+    if (!m_hasLeadBytes) {
+        std::transform(p, p + size, p, [&map](char c) {
+            return static_cast<char>(map.singles[static_cast<unsigned char>(c)]);
+        });
+        return;
+    }
+    for (const Character& character : characters({p, size})) {
+        char* const to = p + (character.p - p);
+        if (character.bytes == 1) {
+            *to = static_cast<char>(map.singles[static_cast<unsigned char>(*to)]);
+            continue;
+        }
+        const std::uint16_t pair = map.pairs[pairAt(to)];
+        to[0] = static_cast<char>(pair >> 8);
+        to[1] = static_cast<char>(pair & 0xFF);
+    }
+}
+
 // A single-byte page is asked byte by byte; a double-byte one by the letters that Unicode knows,
 // which are fewer than its characters.
 void CodePage::readCase()

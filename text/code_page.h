@@ -64,6 +64,8 @@ public:
 
     const CaseMap& lower() const { return m_lower; }
     const CaseMap& upper() const { return m_upper; }
+    // Changes the case of whole characters in place: each keeps its size.
+    void changeCase(char* p, std::size_t size, const CaseMap& map) const;
 
 private:
     CodePage();
