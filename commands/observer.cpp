@@ -35,6 +35,7 @@ void ObserverManager::addObserver(Observer* observer)
     static_cast<void>(owner.release());
 }
 
+// Indices after the gap move down by one, those of the rounds under way with them.
 void ObserverManager::removeObserver(Observer* observer)
 {
     const auto position = std::find(m_observers.begin(), m_observers.end(), observer);

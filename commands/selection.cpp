@@ -69,6 +69,7 @@ void SelectableObject::select()
     m_flag = m_flag == Selected || m_flag == SelectedOn ? SelectedOff : SelectedOn;
 }
 
+// Unlike select(), it takes an object that is coming on for one that is off.
 SelectableObject::Flag SelectableObject::toggleSelected(int mode)
 {
     const bool off = mode == -1 ? m_flag == Selected : mode == 0;

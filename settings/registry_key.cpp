@@ -21,6 +21,7 @@ KeyHandle duplicate(KeyHandle key)
     return key != nullptr ? Platform::openKey(key, {}, false) : nullptr;
 }
 
+// The system's number of a type, from the library's own.
 std::uint32_t kindOf(RegistryValue::Type type)
 {
     switch (type) {

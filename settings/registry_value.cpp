@@ -13,6 +13,7 @@ namespace Tools {
 
 namespace {
 
+// The library's number of a type, from the system's; types that the library does not have are None.
 RegistryValue::Type typeOf(std::uint32_t kind)
 {
     switch (kind) {

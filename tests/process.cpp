@@ -48,8 +48,14 @@ std::string newFileName()
 // What a program that is not waited for has recorded.
 std::string waitForRecord(const std::string& file)
 {
-    EXPECT_TRUE(MdToolsTest::waitUntil([&file] { return fs::exists(file); })) << "no " << file;
-    return readFile(file);
+    // Its name may be there a moment before Wine lets others open it; a record is never empty.
+    std::string record;
+    EXPECT_TRUE(MdToolsTest::waitUntil([&] {
+        record = readFile(file);
+        return !record.empty();
+    })) << "no "
+        << file;
+    return record;
 }
 
 // The record of the recorder, run with this text after its name.

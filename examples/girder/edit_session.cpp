@@ -40,9 +40,10 @@ std::string counted(std::size_t count, const std::string& what)
 
 }
 
+// A row of the dispatch table: what a line may begin with, and who carries it out.
 struct EditSession::Action {
     const char* name;
-    std::size_t fewest; // words behind the name
+    std::size_t fewest; // words after the name
     std::size_t most;
     void (EditSession::*run)(const Words&);
     const char* help;
@@ -90,6 +91,8 @@ EditSession::~EditSession()
     m_document.views().removeDataChangedHandler(&m_view);
 }
 
+// A faulty line is reported and passed over, so that a script shows all its faults at once; its
+// exit code says that there were some.
 bool EditSession::run(std::istream& lines)
 {
     bool isGood = true;
@@ -141,6 +144,8 @@ void EditSession::showSpan(std::size_t index)
           << (m_document.isSelected(index) ? ", selected\n" : "\n");
 }
 
+// One edit of several spans is one step of undo, unless the user has opened a group already. All
+// faults are found before, so that nothing is done by halves.
 template <class Edit>
 void EditSession::edit(const std::vector<std::size_t>& spans, const Words& words, Edit edit)
 {

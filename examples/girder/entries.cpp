@@ -36,6 +36,7 @@ Entries::Entries(const Tools::Smart::Record& record, const std::string& path, Re
     : m_record(record), m_path(path), m_remarks(remarks)
 {}
 
+// Whoever asks for a name knows it: reportUnknown() finds those that nobody has asked for.
 bool Entries::has(const std::string& name)
 {
     m_known.push_back(name);
@@ -60,6 +61,7 @@ std::string Entries::text(const std::string& name)
     return isThere(name, Type::Text) ? m_record.getText(name) : "";
 }
 
+// A text is a formula, anything else has to be a number. The value is left alone after a fault.
 bool Entries::readNumber(const std::string& name, double& value)
 {
     double read = 0.0;
@@ -99,6 +101,8 @@ double Entries::number(const std::string& name)
     return value;
 }
 
+// After a fault these give a value that is harmless for whatever is checked with it later, so that
+// one fault makes one remark.
 double Entries::positive(const std::string& name)
 {
     double value = 1.0;

@@ -17,7 +17,9 @@ using Tools::Smart::Token;
 
 constexpr const char* Delimiters = " \t\r\n=()[]";
 
-// Walks over the tokens of a text as the grammar of records wants them.
+// Walks over the tokens of a text as the grammar of records wants them: a pushdown automaton, whose
+// stack is m_levels, so that depth costs no stack of the processor. Each step is false, with
+// m_fault filled in, where the text leaves the grammar.
 class Walk {
 public:
     explicit Walk(const std::string& text) : m_text(text), m_stream(text), m_token(m_stream) {}
@@ -46,7 +48,7 @@ private:
 
     const std::string& m_text;
     std::istringstream m_stream;
-    std::size_t m_before = 0; // where the stream stood before it gave the current token
+    std::size_t m_before = 0; // where the stream was before it gave the current token
     IstreamTokenIterator m_token;
     std::vector<Level> m_levels;
     Fault m_fault;

@@ -41,6 +41,7 @@ std::string makeFolder(const std::string& directory, const std::string& name)
 
 }
 
+// With the separator that the directory itself uses, as users see these paths again.
 std::string joinPath(const std::string& directory, const std::string& name)
 {
     if (directory.empty() || directory.back() == '/' || directory.back() == '\\')

@@ -10,6 +10,7 @@ namespace {
 using Tools::Smart::Record;
 using Tools::Smart::Sequence;
 
+// Numbers and names as the reader of the file counts them: from 1.
 Record recordOf(const SupportResult& support, int number)
 {
     Record record;

@@ -34,6 +34,7 @@ struct Number {
 constexpr Number Stations = {"StationsPerSpan", DefaultStations, 1, MaximumStations};
 constexpr Number Decimals = {"Decimals", DefaultDecimals, 0, MaximumDecimals};
 
+// Says to the library where this program's settings are; one object, registered once.
 class GirderRegistry : public Tools::ApplicationRegistry {
 public:
     static void registerOnce()
@@ -50,6 +51,8 @@ Tools::Registrar registrar()
     return Tools::ApplicationRegistry::get()->getAppSettingsFolder()->getRegistrar("");
 }
 
+// What another program or an editor has put there may be anything: what is out of range is as good
+// as not set.
 int read(const Number& number)
 {
     const int value =
@@ -57,12 +60,14 @@ int read(const Number& number)
     return value >= number.minimum && value <= number.maximum ? value : number.standard;
 }
 
+// A write to the settings reports nothing, so what the user sets is read back.
 void check(bool isStored)
 {
     if (!isStored)
         throw std::runtime_error("the setting cannot be stored");
 }
 
+// These return what is wrong with the text, empty if the setting was stored.
 std::string write(const Number& number, const std::string& text)
 {
     int value = 0;
@@ -140,6 +145,7 @@ std::string writeTrace(const std::string& text)
     const bool turnOn = Tools::Strieq(text, "on");
     if (!turnOn && !Tools::Strieq(text, "off"))
         return std::string(Trace) + " must be \"on\" or \"off\", but is \"" + text + "\"";
+    // The labels of other programs stay.
     std::vector<std::string> labels = tracedLabels();
     std::erase_if(labels, isTraceLabel);
     if (turnOn)

@@ -14,6 +14,8 @@ Extremes Solution::extremes() const
     return result;
 }
 
+// The three-moment equations: a row a support that carries a moment, with its own rotation under a
+// unit moment there and those under moments at its neighbours.
 Solver::Solver(const Model& model)
     : m_stiffness(model.spans.begin(), model.spans.end()), m_rows(model.supports.size())
 {
@@ -48,6 +50,7 @@ void Solver::eliminate()
     }
 }
 
+// Forward and back substitution.
 std::vector<double> Solver::momentsFrom(const std::vector<double>& rotations) const
 {
     std::vector<double> moments(m_rows.size());
