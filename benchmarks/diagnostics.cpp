@@ -1,8 +1,8 @@
 #include <mdtools/debug_output.h>
 #include <mdtools/logger.h>
 
-#include "trace/debug_sender.h"
 #include "platform/debug_receiver.h"
+#include "trace/debug_sender.h"
 
 #include <benchmark/benchmark.h>
 

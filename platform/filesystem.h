@@ -39,6 +39,9 @@ ErrorCode removeLink(const std::string& path, EntryType type);
 ErrorCode copyFile(const std::string& source, const std::string& target);
 // Never overwrites. A file, but not a directory, is moved to another file system too.
 ErrorCode renameEntry(const std::string& oldPath, const std::string& newPath);
+// Gives a file the name of another one, which is gone then, in one step: whoever opens that name
+// finds the old file or the new one. Within a file system only.
+ErrorCode replaceFile(const std::string& source, const std::string& target);
 
 // `mode` is one of the C run-time's: "r", "w" or "a", then any of "+", "b" or "t", and "x" after
 // "w". Opens as the run-time does, but not inheritable, and as long as others hold it open refuses

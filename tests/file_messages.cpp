@@ -1,9 +1,9 @@
 #include <mdtools/directory.h>
 #include <mdtools/file.h>
 
-#include "trace/debug_sender.h"
 #include "support/files.h"
 #include "support/test_receiver.h"
+#include "trace/debug_sender.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

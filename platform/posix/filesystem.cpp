@@ -248,6 +248,17 @@ ErrorCode renameEntry(const std::string& oldPath, const std::string& newPath)
     return code == errorCode(ENOENT) ? to.error(cause) : code;
 }
 
+ErrorCode replaceFile(const std::string& source, const std::string& target)
+{
+    const NativePath from(source);
+    const NativePath to(target);
+    struct stat status = {};
+    if (to.status(status) == 0 && isWriteProtected(to.folder(), to.name(), status))
+        return AccessDenied;
+    const int result = ::renameat(from.folder(), from.name(), to.folder(), to.name());
+    return result == 0 ? 0 : from.error(errno);
+}
+
 std::FILE* openStream(const std::string& path, const std::string& mode)
 {
     const OpenMode wanted = parseMode(mode);

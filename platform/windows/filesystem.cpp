@@ -139,6 +139,13 @@ ErrorCode renameEntry(const std::string& oldPath, const std::string& newPath)
     return moved != FALSE ? 0 : lastError();
 }
 
+ErrorCode replaceFile(const std::string& source, const std::string& target)
+{
+    const BOOL moved = ::MoveFileExA(nativePath(source).c_str(), nativePath(target).c_str(),
+                                     MOVEFILE_REPLACE_EXISTING);
+    return moved != FALSE ? 0 : lastError();
+}
+
 std::FILE* openStream(const std::string& path, const std::string& mode)
 {
     std::FILE* stream = nullptr;
