@@ -226,6 +226,38 @@ TEST_F(RegistryFiles, backupsOfAStoreInUse)
     sqlite3_close(connection);
 }
 
+// An import is all of the file or nothing: the hive before the one that refuses is as it was, with
+// what was there before, and an interrupted export leaves the old file.
+TEST_F(RegistryFiles, importsAllOrNothing)
+{
+    const std::string file = (m_directory / "file.reg").string();
+    const auto tool = [this](const std::vector<std::string>& arguments) {
+        return runChild(builtProgram("mdtools-registry"), arguments, variables());
+    };
+    writeFile(file, "REGEDIT4\n[HKEY_CURRENT_USER\\Old]\n\"a\"=\"1\"\n\"b\"=\"2\"\n"
+                    "[HKEY_CURRENT_USER\\Old\\Empty]\n");
+    ASSERT_EQ(tool({"import", file}).exitCode, 0);
+    ASSERT_EQ(tool({"export", "HKCU\\Old", file, "--regedit4"}).exitCode, 0);
+    const std::string before = readFile(file);
+
+    const std::string changes = (m_directory / "changes.reg").string();
+    writeFile(changes, "REGEDIT4\n[HKEY_CURRENT_USER\\Old]\n\"a\"=\"3\"\n\"b\"=-\n\"c\"=\"4\"\n"
+                       "[HKEY_CURRENT_USER\\New\\Deep]\n[-HKEY_CURRENT_USER\\Old\\Empty]\n"
+                       "[HKEY_LOCAL_MACHINE\\M]\n");
+    fs::create_directory(m_directory / "machine.db");
+    const ChildResult refused = tool({"import", changes});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_NE(refused.errors.find("line 8"), std::string::npos) << refused.errors;
+    ASSERT_EQ(tool({"export", "HKCU\\Old", file, "--regedit4"}).exitCode, 0);
+    EXPECT_EQ(readFile(file), before);
+    EXPECT_EQ(tool({"list", "HKCU\\New"}).exitCode, 1);
+
+    // The name aside is taken, so that the new file cannot be written.
+    fs::create_directory(file + ".new");
+    EXPECT_EQ(tool({"export", "HKCU", file, "--regedit4"}).exitCode, 1);
+    EXPECT_EQ(readFile(file), before);
+}
+
 // Files cut short, as while a backup is copied over them, links in their place.
 TEST_F(RegistryFiles, filesThatOthersChange)
 {

@@ -1,7 +1,10 @@
 #include "tools/registration_file.h"
 
 #include "platform/console.h"
-#include "platform/registry_store.h"
+#include "platform/filesystem.h"
+#include "platform/open_file.h"
+#include "tools/registration_import.h"
+#include "tools/stored_keys.h"
 
 #include <mdtools/registry.h>
 
@@ -38,7 +41,7 @@ constexpr const char* Usage =
     "  get     the plain data: texts one a line, bytes and numbers as set takes them\n"
     "  delete  the value, or the key with all below it\n"
     "  export  the key with all below it; version 5.00 in UTF-16, or REGEDIT4\n"
-    "  import  all of the file, or nothing if something is wrong with it\n"
+    "  import  all of the file, or nothing if something is wrong with it or refused\n"
     "Values of other types are reported, but neither exported nor imported.\n";
 
 // Why a command did not do its work; ends it.
@@ -68,17 +71,6 @@ KeyPath readPath(const std::string& text)
     return path;
 }
 
-// Views of the names, for as long as the path stays as it is.
-std::vector<std::string_view> namesOf(const KeyPath& path)
-{
-    return {path.names.begin(), path.names.end()};
-}
-
-RegistryKey openKey(const KeyPath& path, bool create)
-{
-    return RegistryKey(Platform::openKey(path.hive, namesOf(path), create));
-}
-
 RegistryKey openExisting(const KeyPath& path)
 {
     RegistryKey key = openKey(path, false);
@@ -87,47 +79,11 @@ RegistryKey openExisting(const KeyPath& path)
     return key;
 }
 
-// A value as it is stored, of whatever type; the library's classes show five types only.
-struct RawValue final : Platform::ValueReceiver {
-    void receive(std::uint32_t newKind, std::string_view newData) override
-    {
-        kind = newKind;
-        data = newData;
-    }
-
-    std::uint32_t kind = 0;
-    std::string data;
-};
-
-using Name = bool (*)(KeyHandle key, int index, std::string& name);
-
-// All at once: an index counts what is there at the call, and shifts with every change.
-std::vector<std::string> allNames(const RegistryKey& key, Name nameAt)
-{
-    std::vector<std::string> names;
-    std::string name;
-    for (int i = 0; nameAt(key.handle(), i, name); ++i)
-        names.push_back(name);
-    return names;
-}
-
-using VisitValue = std::function<void(const std::string& name, const RawValue& value)>;
-
-void visitValues(const RegistryKey& key, const VisitValue& visit)
-{
-    for (const std::string& name : allNames(key, Platform::valueName)) {
-        RawValue value;
-        // Another program may just have removed it.
-        if (Platform::readValue(key.handle(), name, value))
-            visit(name, value);
-    }
-}
-
 void list(const KeyPath& path)
 {
     const RegistryKey key = openExisting(path);
     std::string text;
-    for (const std::string& name : allNames(key, Platform::subkeyName))
+    for (const std::string& name : subkeyNames(key))
         text += "[" + name + "]\n";
     visitValues(key, [&text](const std::string& name, const RawValue& value) {
         text += describeValue(name, value.kind, value.data) + "\n";
@@ -235,12 +191,6 @@ void set(const KeyPath& path, const RegistryValue& value)
         throw Failure("cannot write to " + path.text());
 }
 
-bool removeKey(const KeyPath& path)
-{
-    const RegistryKey root = openKey(KeyPath{path.hive, {}}, false);
-    return Platform::removeTree(root.handle(), namesOf(path));
-}
-
 void remove(const KeyPath& path)
 {
     openExisting(path);
@@ -270,57 +220,36 @@ bool exportKey(Writer& writer, const KeyPath& path, const RegistryKey& key)
     return true;
 }
 
-// A walk in pre-order on an explicit stack, so that depth does no harm. The names are pushed from
-// the last one, to come out in their order.
 std::string exportTree(const KeyPath& top, Format format)
 {
     openExisting(top);
     Writer writer(format);
-    std::vector<KeyPath> waiting = {top};
-    while (!waiting.empty()) {
-        const KeyPath path = std::move(waiting.back());
-        waiting.pop_back();
-        const RegistryKey key = openKey(path, false);
-        if (!key.valid()) {
-            report(path.text() + " is not exported: it cannot be read");
-            continue;
-        }
-        if (!exportKey(writer, path, key))
-            continue;
-        const std::vector<std::string> names = allNames(key, Platform::subkeyName);
-        for (auto name = names.rbegin(); name != names.rend(); ++name) {
-            waiting.push_back(path);
-            waiting.back().names.push_back(*name);
-        }
-    }
+    visitTree(top, [&writer](const KeyPath& path, const RegistryKey& key) {
+        if (key.valid())
+            return exportKey(writer, path, key);
+        report(path.text() + " is not exported: it cannot be read");
+        return false;
+    });
     return writer.take();
 }
 
+// The new file is written aside and takes the old one's name when it is complete, so that a full
+// disk leaves the old one as it was. What is no file, a pipe or a device, is written as it comes.
 void exportTo(const std::string& file, const KeyPath& path, Format format)
 {
     const std::string bytes = exportTree(path, format);
-    std::ofstream stream(file, std::ios::binary);
+    const bool isFile = Platform::entryType(file) == Platform::EntryType::None ||
+                        (Platform::entryType(file) == Platform::EntryType::File &&
+                         Platform::InputFile(file).isOpen());
+    const std::string aside = isFile ? file + ".new" : file;
+    std::ofstream stream(aside, std::ios::binary);
     stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     stream.close();
-    if (!stream)
-        throw Failure("cannot write " + file);
-}
-
-// True if the store is now as the change wants it; removing what is not there has succeeded.
-bool apply(const Change& change, const KeyPath& path)
-{
-    if (change.kind == Change::Kind::RemoveKey)
-        return removeKey(path) || !openKey(path, false).valid();
-    if (change.kind == Change::Kind::RemoveValue) {
-        RawValue old;
-        const RegistryKey key = openKey(path, false);
-        return Platform::removeValue(key.handle(), change.name) ||
-               !Platform::readValue(key.handle(), change.name, old);
-    }
-    const RegistryKey key = openKey(path, true);
-    return key.valid() && (change.kind == Change::Kind::CreateKey ||
-                           Platform::writeValue(key.handle(), change.name, change.type,
-                                                change.data.data(), change.data.size()));
+    if (stream && (!isFile || Platform::replaceFile(aside, file) == 0))
+        return;
+    if (isFile)
+        Platform::removeFile(aside);
+    throw Failure("cannot write " + file);
 }
 
 void importFrom(const std::string& file)
@@ -329,21 +258,15 @@ void importFrom(const std::string& file)
     const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
     if (!stream.is_open() || stream.bad())
         throw Failure("cannot read " + file);
-    // The whole file is parsed before the first change, so that a faulty one changes nothing.
-    Content content;
     try {
-        content = parse(bytes);
+        const Content content = parse(bytes);
+        for (const Change& change : content.unknown)
+            report(file + ", line " + std::to_string(change.line) + ": \"" + change.name +
+                   "\" is not imported: type " + std::to_string(change.type));
+        if (!importContent(content))
+            throw Failure(file + ": the store cannot be written; nothing was changed");
     } catch (const Fault& fault) {
         throw Failure(file + ", " + fault.what() + "; nothing was changed");
-    }
-    for (const Change& change : content.unknown)
-        report(file + ", line " + std::to_string(change.line) + ": \"" + change.name +
-               "\" is not imported: type " + std::to_string(change.type));
-    for (const Change& change : content.changes) {
-        const KeyPath& path = content.keys[change.key];
-        if (!apply(change, path))
-            throw Failure(file + ", line " + std::to_string(change.line) + ": cannot change " +
-                          path.text());
     }
 }
 
