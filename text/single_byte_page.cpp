@@ -42,6 +42,14 @@ __m128i isBeyond8Bits(__m128i units)
                          _mm_set1_epi8(-1));
 }
 
+// Which bytes of a block are another number as units; Latin pages differ from 0x80 to 0x9F only.
+ByteBlock::Mask unequalBytes(ByteBlock bytes, bool isLatin)
+{
+    if (isLatin)
+        bytes = bytes.isInRange(0x80, 0x9F);
+    return bytes.mask();
+}
+
 }
 
 const SingleBytePage* SingleBytePage::get()
@@ -105,25 +113,19 @@ std::wstring SingleBytePage::toWide(std::string_view text) const
     return wide;
 }
 
-// Which bytes of a block are another number as units.
-ByteBlock::Mask SingleBytePage::unequalBytes(ByteBlock bytes) const
-{
-    if (m_isLatin)
-        bytes = bytes.isInRange(0x80, 0x9F);
-    return bytes.mask();
-}
-
 // Most bytes are their own units: a block is widened as if all were, and the others are set right.
 void SingleBytePage::widen(std::string_view text, wchar_t* wide) const
 {
     const auto unitOf = [this](char c) { return m_wide[static_cast<unsigned char>(c)]; };
+    // What is written may be anything to the compiler, also the member.
+    const bool isLatin = m_isLatin;
     std::size_t i = 0;
     for (; i + ByteBlock::Size <= text.size(); i += ByteBlock::Size) {
         const char* const p = text.data() + i;
         const ByteBlock bytes = ByteBlock::load(p);
         storeUnits(wide + i, bytes);
-        ByteBlock::Mask others = unequalBytes(bytes);
-        if (others != 0 && !m_isLatin) {
+        ByteBlock::Mask others = unequalBytes(bytes, isLatin);
+        if (others != 0 && !isLatin) {
             std::transform(p, p + ByteBlock::Size, wide + i, unitOf);
             continue;
         }
@@ -150,6 +152,7 @@ std::string SingleBytePage::toNarrow(std::wstring_view text) const
 // right. Returns the number of units converted: up to the first one that is wider than 16 bits.
 std::size_t SingleBytePage::narrow(std::wstring_view text, char* narrow) const
 {
+    const bool isLatin = m_isLatin;
     std::size_t i = 0;
     for (; i + ByteBlock::Size <= text.size(); i += ByteBlock::Size) {
         const wchar_t* const p = text.data() + i;
@@ -158,7 +161,7 @@ std::size_t SingleBytePage::narrow(std::wstring_view text, char* narrow) const
         const ByteBlock bytes(_mm_packus_epi16(low, high));
         bytes.store(narrow + i);
         const ByteBlock beyond(_mm_packs_epi16(isBeyond8Bits(low), isBeyond8Bits(high)));
-        ByteBlock::Mask others = unequalBytes(bytes) | beyond.mask();
+        ByteBlock::Mask others = unequalBytes(bytes, isLatin) | beyond.mask();
         for (; others != 0; others &= others - 1) {
             const auto k = static_cast<std::size_t>(std::countr_zero(others));
             if (!narrowUnit(p[k], narrow[i + k]))

@@ -24,7 +24,6 @@ private:
     static std::unique_ptr<SingleBytePage> make();
     bool fillNarrow(unsigned first, unsigned last);
 
-    ByteBlock::Mask unequalBytes(ByteBlock bytes) const;
     void widen(std::string_view text, wchar_t* wide) const;
     std::size_t narrow(std::wstring_view text, char* narrow) const;
     bool narrowUnit(wchar_t unit, char& byte) const;
