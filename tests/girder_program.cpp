@@ -154,6 +154,17 @@ TEST_F(GirderProgram, failures)
     }
 }
 
+TEST_F(GirderProgram, outputThatNobodyTakes)
+{
+    struct FullDisk : std::streambuf {};
+    FullDisk disk;
+    std::istringstream in;
+    std::ostream out(&disk);
+    std::ostringstream errors;
+    EXPECT_EQ(run({write("good", twoSpans)}, {in, out, errors}), Outcome::Failed);
+    EXPECT_EQ(errors.str(), "girder: the output cannot be written\n");
+}
+
 TEST_F(GirderProgram, settings)
 {
     EXPECT_EQ(runWith({"set", "stationsPerSpan", "4"}).outcome, Outcome::Done);

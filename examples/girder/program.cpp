@@ -390,7 +390,12 @@ Outcome Program::store(const Results& results, const JobFiles& files, const std:
 Outcome run(const std::vector<std::string>& arguments, Console console)
 {
     try {
-        return Program(console).run(arguments);
+        const Outcome outcome = Program(console).run(arguments);
+        // Results that nobody received, on a full disk for instance, are a failure.
+        if (console.out.flush() || outcome != Outcome::Done)
+            return outcome;
+        console.errors << "girder: the output cannot be written\n";
+        return Outcome::Failed;
     } catch (const std::exception& exception) {
         console.errors << "girder: " << exception.what() << '\n';
         return Outcome::Failed;
