@@ -57,6 +57,23 @@ bool removeValue(KeyHandle key, const std::string& name);
 // Removes a key below `parent` with all that it holds.
 bool removeTree(KeyHandle parent, KeyNames names);
 
+// Changes of the whole process that belong together, from its making to commit(): where the system
+// has transactions all changes of a hive are made or none, whoever is killed or refused, and other
+// programs wait with theirs meanwhile. One at a time.
+class ChangeBatch {
+public:
+    ChangeBatch();
+    // Cancels what was not committed.
+    ~ChangeBatch();
+    ChangeBatch(const ChangeBatch&) = delete;
+    ChangeBatch& operator=(const ChangeBatch&) = delete;
+
+    // False if the changes of a hive could not be made; those of others may have been.
+    bool commit();
+    // False if the system has no transactions: all changes so far were made.
+    bool cancel();
+};
+
 // -1 if the key cannot be read, because it was deleted for instance.
 int countSubkeys(KeyHandle key);
 int countValues(KeyHandle key);

@@ -1,16 +1,14 @@
 #include "store/database.h"
 
-#include "store/store_file.h"
-#include "text/code_page.h"
+#include "store/database_files.h"
 
 #include <mdtools/strings.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <thread>
 #include <utility>
 
+#include <fcntl.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -19,13 +17,9 @@ namespace Tools::Store {
 
 namespace {
 
-// Tells a settings database from any other one.
+// Distinguishes a settings database from any other one.
 constexpr std::int64_t ApplicationId = 0x4D645265;
 constexpr std::int64_t FormatVersion = 1;
-
-// Everyone waits for everyone; only one that was stopped for good makes the others give up.
-constexpr std::chrono::seconds Patience{60};
-constexpr std::chrono::microseconds Pause{500};
 
 // Settings are small: small pages are written and checked faster.
 constexpr std::int64_t PageSize = 1024;
@@ -71,6 +65,7 @@ std::string fold(std::string_view name)
     return folded;
 }
 
+// -1 on failure.
 std::int64_t readNumber(sqlite3* connection, const char* text)
 {
     sqlite3_stmt* statement = nullptr;
@@ -87,14 +82,12 @@ bool execute(sqlite3* connection, const std::string& text)
     return sqlite3_exec(connection, text.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
-// SQLite's own handler looks less and less often, and may miss for a long time the short moments in
-// which a busy writer lets others in.
-int waitForOthers(void*, int count)
+// Somebody else is in the way, for a moment in all likelihood. A reader that found the log between
+// two states again and again gives it up as a breach of protocol.
+bool isTransient(int result)
 {
-    if (count >= Patience / Pause)
-        return 0;
-    std::this_thread::sleep_for(Pause);
-    return 1;
+    const int kind = result & 0xFF;
+    return kind == SQLITE_BUSY || kind == SQLITE_PROTOCOL;
 }
 
 bool setNumber(sqlite3* connection, const std::string& pragma, std::int64_t number)
@@ -126,12 +119,12 @@ class Database::Query {
     };
 
 public:
-    Query(Database& database, Statement statement)
+    Query(Database& database, Statement statement) : m_database(database)
     {
         sqlite3_stmt*& prepared = database.m_statements[statement];
         if (prepared == nullptr && database.m_connection != nullptr)
-            sqlite3_prepare_v3(database.m_connection, Texts[statement], -1,
-                               SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
+            m_preparation = sqlite3_prepare_v3(database.m_connection, Texts[statement], -1,
+                                               SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
         m_statement = prepared;
     }
     ~Query() { sqlite3_reset(m_statement); }
@@ -152,10 +145,11 @@ public:
         return *this;
     }
 
-    // Goes to the next row; false behind the last one and on failure.
+    // Goes to the next row; false after the last one and on failure.
     bool next()
     {
-        m_result = m_statement != nullptr ? sqlite3_step(m_statement) : SQLITE_ERROR;
+        m_result = m_statement != nullptr ? sqlite3_step(m_statement) : m_preparation;
+        m_database.m_isBusy = m_database.m_isBusy || isTransient(m_result);
         return m_result == SQLITE_ROW;
     }
 
@@ -181,116 +175,126 @@ public:
     }
 
 private:
+    Database& m_database;
     sqlite3_stmt* m_statement = nullptr;
+    // SQLite reads the schema with the first statement, which may fail as any reading does.
+    int m_preparation = SQLITE_ERROR;
     int m_bound = 0;
     int m_result = SQLITE_OK;
 };
 
-Database::Database(Place place) : m_place(std::move(place)) {}
+Database::Database(Location location) : m_location(std::move(location)) {}
 
 Database::~Database()
 {
     close();
 }
 
-Database::FileId::FileId(const std::string& path)
-{
-    struct stat info {};
-    if (path.empty() || ::stat(path.c_str(), &info) != 0)
-        return;
-    device = info.st_dev;
-    inode = info.st_ino;
-}
-
 Database::State Database::open()
 {
+    // The map of a log's index that somebody cut short must not be touched any more.
+    if (m_connection != nullptr && !isIndexWhole(m_connection))
+        close();
     if (m_connection != nullptr)
         return State::Open;
     struct stat info {};
-    if (m_place.directory.empty())
+    if (m_location.directory.empty())
         return State::Unusable;
     if (::stat(databaseFile().c_str(), &info) != 0)
         return errno == ENOENT || errno == ENOTDIR ? State::Missing : State::Unusable;
-    if (!S_ISREG(info.st_mode) || !openFile()) {
+    m_file = fileId(databaseFile());
+    if (!S_ISREG(info.st_mode) || !m_counter.open(databaseFile(), ChangeCounter::Missing::Make) ||
+        !openFile()) {
         close();
         return State::Unusable;
     }
     ++m_opening;
-    m_counter.open(counterFile(), m_place.fileMode);
-    m_databaseId = FileId(databaseFile());
-    m_counterId = FileId(counterFile());
     return State::Open;
+}
+
+Database::State Database::openForChange()
+{
+    const State state = open();
+    const bool isRefused = state == State::Open && sqlite3_db_readonly(m_connection, "main") == 1;
+    if (!isRefused || ::faccessat(AT_FDCWD, databaseFile().c_str(), R_OK | W_OK, AT_EACCESS) != 0)
+        return state;
+    close();
+    return open();
 }
 
 bool Database::openFile()
 {
-    // A file that may not be written is opened for reading only.
-    if (sqlite3_open_v2(databaseFile().c_str(), &m_connection,
-                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) != SQLITE_OK)
+    const char* files = databaseFiles();
+    if (files == nullptr)
         return false;
-    sqlite3_busy_handler(m_connection, waitForOthers, nullptr);
+    const int result = sqlite3_open_v2(databaseFile().c_str(), &m_connection,
+                                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, files);
+    if (result != SQLITE_OK)
+        return false;
     sqlite3_db_config(m_connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(m_connection, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-    // What was committed survives the process. A write-ahead log needs no more than that to stay
-    // sound when the power fails, too; a rollback journal needs SQLite's full care.
-    if (m_place.hasWriteAheadLog && !execute(m_connection, "PRAGMA synchronous = NORMAL"))
-        return false;
+    // Others may be about to open the database, and some may only read: the log stays for them.
+    sqlite3_db_config(m_connection, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     sqlite3_commit_hook(m_connection, beforeCommit, this);
-    return readNumber(m_connection, "PRAGMA application_id") == ApplicationId &&
-           readNumber(m_connection, "PRAGMA user_version") == FormatVersion;
+    // What was committed survives the process, and a write-ahead log needs no more than that to
+    // stay sound when the power fails, too.
+    const bool isOurs =
+        execute(m_connection, "PRAGMA synchronous = NORMAL; PRAGMA temp_store = MEMORY") &&
+        readNumber(m_connection, "PRAGMA application_id") == ApplicationId &&
+        readNumber(m_connection, "PRAGMA user_version") == FormatVersion;
+    m_isBusy = m_isBusy || isTransient(sqlite3_errcode(m_connection));
+    return isOurs;
 }
 
 bool Database::openOrMake()
 {
-    State state = open();
+    State state = openForChange();
     if (state == State::Missing && make())
-        state = open();
+        state = openForChange();
     return state == State::Open;
 }
 
-// The database is filled under another name: under its own it is there completely or not at all,
-// whoever else makes it at the same time or is killed on the way.
-bool Database::make()
+// The database is complete when it gets its name: it is there as a whole or not at all, whoever
+// else makes it at the same time or is killed on the way.
+bool Database::make() const
 {
-    if (!makeStoreDirectory(m_place.directory, m_place.directoryMode))
-        return false;
-    const std::string beside = makeStoreFileBeside(databaseFile(), m_place.fileMode);
-    if (beside.empty())
-        return false;
-    const bool isThere =
-        fill(beside) && (::link(beside.c_str(), databaseFile().c_str()) == 0 || errno == EEXIST);
-    ::unlink(beside.c_str());
-    return isThere;
-}
-
-bool Database::fill(const std::string& path) const
-{
+    // The two bytes that say that a database has a write-ahead log.
+    constexpr std::size_t LogMark = 18;
     sqlite3* connection = nullptr;
-    const bool isFilled =
-        sqlite3_open_v2(path.c_str(), &connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX,
-                        nullptr) == SQLITE_OK &&
-        setNumber(connection, "page_size", PageSize) && execute(connection, "BEGIN") &&
-        execute(connection, Schema) && setNumber(connection, "application_id", ApplicationId) &&
-        setNumber(connection, "user_version", FormatVersion) && execute(connection, "COMMIT") &&
-        (!m_place.hasWriteAheadLog || execute(connection, "PRAGMA journal_mode = WAL"));
-    return sqlite3_close(connection) == SQLITE_OK && isFilled;
+    sqlite3_int64 size = 0;
+    unsigned char* bytes = nullptr;
+    if (sqlite3_open(":memory:", &connection) == SQLITE_OK &&
+        setNumber(connection, "page_size", PageSize) && execute(connection, Schema) &&
+        setNumber(connection, "application_id", ApplicationId) &&
+        setNumber(connection, "user_version", FormatVersion))
+        bytes = sqlite3_serialize(connection, "main", &size, 0);
+    bool isThere = false;
+    if (bytes != nullptr) {
+        bytes[LogMark] = bytes[LogMark + 1] = 2;
+        isThere = makeStoreDirectory(m_location.directory, m_location.directoryMode) &&
+                  (makeStoreFile(databaseFile(), m_location.fileMode, bytes,
+                                 static_cast<std::size_t>(size)) ||
+                   errno == EEXIST);
+    }
+    sqlite3_free(bytes);
+    sqlite3_close(connection);
+    return isThere;
 }
 
 void Database::close()
 {
+    // A batch cannot be carried over to another opening.
+    m_isBatchLost = m_isBatchLost || (m_isBatch && m_connection != nullptr &&
+                                      sqlite3_get_autocommit(m_connection) == 0);
     for (sqlite3_stmt*& statement : m_statements)
         sqlite3_finalize(std::exchange(statement, nullptr));
-    if (m_connection == nullptr)
-        return;
-    // Others may be about to open the database: its log stays for them.
-    sqlite3_db_config(m_connection, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     sqlite3_close(std::exchange(m_connection, nullptr));
+    m_hasLog = false;
 }
 
 bool Database::isExchanged() const
 {
-    return m_connection != nullptr &&
-           !(FileId(databaseFile()) == m_databaseId && FileId(counterFile()) == m_counterId);
+    return m_connection != nullptr && !(fileId(databaseFile()) == m_file);
 }
 
 std::int64_t Database::dataVersion()
@@ -348,7 +352,7 @@ bool Database::keyExists(KeyId key)
 
 bool Database::createKeys(KeyId from, Platform::KeyNames names, KeyId& key)
 {
-    if (!run(Begin))
+    if (!begin())
         return false;
     key = keyExists(from) ? from : NoKey;
     for (const std::string_view name : names)
@@ -356,6 +360,7 @@ bool Database::createKeys(KeyId from, Platform::KeyNames names, KeyId& key)
     return commit(key != NoKey);
 }
 
+// Within a change. Another spelling of a name that is there finds that key, and keeps its spelling.
 KeyId Database::findOrInsert(KeyId parent, std::string_view name)
 {
     KeyId key = NoKey;
@@ -372,6 +377,8 @@ KeyId Database::findOrInsert(KeyId parent, std::string_view name)
 bool Database::writeValue(KeyId key, std::string_view name, std::uint32_t kind,
                           std::string_view data)
 {
+    if (m_isBatch && !begin())
+        return false;
     const std::string folded = fold(name);
     const auto write = [&](Statement statement) {
         Query query(*this, statement);
@@ -386,14 +393,17 @@ bool Database::writeValue(KeyId key, std::string_view name, std::uint32_t kind,
 
 bool Database::removeValue(KeyId key, std::string_view name)
 {
+    if (m_isBatch && !begin())
+        return false;
     const std::string folded = fold(name);
     Query query(*this, RemoveValue);
     return query.with(key).with(folded).finish() && sqlite3_changes(m_connection) > 0;
 }
 
+// One recursive query a table; the keys go last, as they lead to the values.
 bool Database::removeTree(KeyId key)
 {
-    if (!run(Begin))
+    if (!begin())
         return false;
     const bool isRemoved = Query(*this, RemoveValuesBelow).with(key).finish() &&
                            Query(*this, RemoveKeysBelow).with(key).finish();
@@ -405,28 +415,71 @@ bool Database::run(Statement statement)
     return Query(*this, statement).finish();
 }
 
+// A batch begins with its first change, and locks nobody out before.
+bool Database::begin()
+{
+    return (m_isBatch && sqlite3_get_autocommit(m_connection) == 0) || run(Begin);
+}
+
+// Ends a change: as a whole, or as if it had never begun. Within a batch that is up to the batch.
 bool Database::commit(bool isComplete)
 {
+    if (m_isBatch)
+        return isComplete;
     if (isComplete && run(Commit))
         return true;
     run(Rollback);
     return false;
 }
 
-// The database is locked for writing here, and nothing of the change can be seen yet.
+bool Database::endBatch(bool isComplete)
+{
+    m_isBatch = false;
+    const bool isLost = std::exchange(m_isBatchLost, false);
+    const bool isBegun = m_connection != nullptr && sqlite3_get_autocommit(m_connection) == 0;
+    return (!isBegun || commit(isComplete && !isLost)) && !isLost;
+}
+
+// The database is locked for writing here, and nothing of the change can be seen yet. Not zero
+// gives the change up.
 int Database::beforeCommit(void* database)
 {
     auto* self = static_cast<Database*>(database);
+    // Another process may have found room for a counter meanwhile.
+    if (self->m_counter.number() == nullptr &&
+        !self->m_counter.open(self->databaseFile(), ChangeCounter::Missing::Leave))
+        return 1;
+    if (!self->m_counter.canMark())
+        return 1;
+    self->m_isChanged = true;
     self->m_numberBefore = self->m_counter.begin();
     return 0;
 }
 
 Database::Change Database::finishChange()
 {
+    if (std::exchange(m_isChanged, false)) {
+        keepLog();
+        // Who made a counter since the commit may have read what was there before.
+        if (m_counter.number() == nullptr &&
+            m_counter.open(databaseFile(), ChangeCounter::Missing::Leave))
+            m_counter.begin();
+    }
     Change change;
     change.before = std::exchange(m_numberBefore, ChangeCounter::Unknown);
     change.after = m_counter.end();
     return change;
+}
+
+// A database that came without a write-ahead log gets one as soon as nobody else has it open.
+void Database::keepLog()
+{
+    if (std::exchange(m_hasLog, true))
+        return;
+    const std::uint64_t before = m_numberBefore;
+    execute(m_connection, "PRAGMA journal_mode = WAL");
+    m_isChanged = false;
+    m_numberBefore = before;
 }
 
 }

@@ -2,6 +2,7 @@
 
 #include "platform/registry_store.h"
 #include "store/change_counter.h"
+#include "store/store_file.h"
 
 #include <array>
 #include <cstdint>
@@ -27,18 +28,19 @@ struct StoredValue {
 };
 
 // The keys and values of one hive in a SQLite database. A key is a row, found by the number of its
-// parent and its name without case. Numbers are never used again, not even by a database that takes
-// the place of this one: that of a deleted key names nothing for ever. For one thread at a time.
+// parent and its name without case. Numbers are never used again, not even by a database that
+// replaces this one: that of a deleted key names nothing for ever. A write-ahead log lets
+// everyone read what was committed last, whoever is writing and whoever was killed. For one thread
+// at a time.
 class Database {
 public:
-    struct Place {
-        // Empty if there is no place for the database.
+    // Where the files of a hive lie, and their rights.
+    struct Location {
+        // Empty if there is no folder for the database.
         std::string directory;
         std::string name;
         mode_t directoryMode;
         mode_t fileMode;
-        // Else a rollback journal, which those who may only read need not write.
-        bool hasWriteAheadLog;
     };
     enum class State { Missing, Unusable, Open };
     // The change counter around the last change.
@@ -47,18 +49,24 @@ public:
         std::uint64_t after = ChangeCounter::Unknown;
     };
 
-    explicit Database(Place place);
+    explicit Database(Location location);
     ~Database();
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
 
     // Opens the database unless it is open. Whatever is not a database of this kind is left alone.
     State open();
+    // The same for a change: what could only be opened for reading is opened once more if it may be
+    // written by now.
+    State openForChange();
     bool openOrMake();
     void close();
+    // A call failed because another program holds the database; it may succeed soon.
+    bool isBusy() const { return m_isBusy; }
+    void clearBusy() { m_isBusy = false; }
     // Moves on with each opening.
     std::uint64_t opening() const { return m_opening; }
-    // Other files, or none, stand in the place of the open ones by now.
+    // Another file, or none, has the open one's name by now.
     bool isExchanged() const;
 
     const std::uint64_t* counter() const { return m_counter.number(); }
@@ -83,6 +91,10 @@ public:
     // To be called after each change, also after one that failed.
     Change finishChange();
 
+    // From now on changes wait for endBatch(), which makes all of them or none.
+    void beginBatch() { m_isBatch = true; }
+    bool endBatch(bool isComplete);
+
 private:
     enum Statement {
         DataVersion,
@@ -104,33 +116,31 @@ private:
     };
     class Query;
 
-    // What tells a file from another one of the same name; zeroes without a file.
-    struct FileId {
-        explicit FileId(const std::string& path = std::string());
-        bool operator==(const FileId& other) const = default;
-
-        dev_t device = 0;
-        ino_t inode = 0;
-    };
-
-    std::string databaseFile() const { return m_place.directory + "/" + m_place.name + ".db"; }
-    std::string counterFile() const { return m_place.directory + "/" + m_place.name + ".changes"; }
+    std::string databaseFile() const
+    {
+        return m_location.directory + "/" + m_location.name + ".db";
+    }
     bool openFile();
-    bool make();
-    bool fill(const std::string& path) const;
+    bool make() const;
     bool run(Statement statement);
+    bool begin();
     bool commit(bool isComplete);
+    void keepLog();
     bool list(Statement statement, KeyId key, std::vector<std::string>& names);
     KeyId findOrInsert(KeyId parent, std::string_view name);
     static int beforeCommit(void* database);
 
-    Place m_place;
+    Location m_location;
     sqlite3* m_connection = nullptr;
     std::uint64_t m_opening = 0;
     std::array<sqlite3_stmt*, StatementCount> m_statements{};
-    FileId m_databaseId;
-    FileId m_counterId;
+    FileId m_file;
     ChangeCounter m_counter;
+    bool m_isBusy = false;
+    bool m_isChanged = false;
+    bool m_isBatch = false;
+    bool m_isBatchLost = false;
+    bool m_hasLog = false;
     std::uint64_t m_numberBefore = ChangeCounter::Unknown;
 };
 

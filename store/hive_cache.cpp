@@ -7,6 +7,7 @@ namespace Tools::Store {
 
 namespace {
 
+// All is forgotten when the cache has grown to this size.
 constexpr std::size_t MaximumSize = std::size_t{16} << 20;
 // The rough price of an entry beside its text and data.
 constexpr std::size_t EntrySize = 128;
@@ -22,7 +23,7 @@ std::int64_t milliseconds()
 
 }
 
-HiveCache::HiveCache(Database::Place place) : m_database(std::move(place)) {}
+HiveCache::HiveCache(Database::Location location) : m_database(std::move(location)) {}
 
 KeyId HiveCache::find(KeyId from, Platform::KeyNames names)
 {
@@ -66,12 +67,14 @@ void HiveCache::close()
     m_changeNumber = ChangeCounter::Unknown;
 }
 
+// True if m_keys can be trusted. A number that stays the same and even is enough to know.
 bool HiveCache::refresh()
 {
     const std::uint64_t number = m_database.changeNumber();
     return (number == m_changeNumber && number % 2 == 0) || refreshSlowly();
 }
 
+// Asks SQLite, with some system calls, and notes the number at which the answer was right.
 bool HiveCache::refreshSlowly()
 {
     if (m_database.open() != Database::State::Open)
@@ -99,9 +102,11 @@ bool HiveCache::isEmptyRoot(KeyId key)
 
 bool HiveCache::openFor(KeyId key)
 {
-    return key == RootKey ? m_database.openOrMake() : m_database.open() == Database::State::Open;
+    return key == RootKey ? m_database.openOrMake()
+                          : m_database.openForChange() == Database::State::Open;
 }
 
+// A new epoch ends the ways that open keys remember to their entries.
 void HiveCache::clear()
 {
     m_keys.clear();
@@ -131,6 +136,7 @@ void HiveCache::forgetValues(Key& key)
     entry.valueNames.reset();
 }
 
+// The open key remembers the way, so that most reads need no search for the key.
 HiveCache::KnownKey& HiveCache::known(Key& key)
 {
     if (key.epoch != m_epoch) {
@@ -194,7 +200,7 @@ bool HiveCache::writeValue(Key& key, std::string_view name, std::uint32_t kind,
 
 bool HiveCache::removeValue(Key& key, std::string_view name)
 {
-    if (!refresh())
+    if (m_database.openForChange() != Database::State::Open)
         return false;
     const bool isRemoved = m_database.removeValue(key.id, name);
     adopt(m_database.finishChange());
@@ -204,12 +210,21 @@ bool HiveCache::removeValue(Key& key, std::string_view name)
 
 bool HiveCache::removeTree(KeyId key)
 {
-    if (key == RootKey || !refresh())
+    if (key == RootKey || m_database.openForChange() != Database::State::Open)
         return false;
     const bool isRemoved = m_database.removeTree(key);
     adopt(m_database.finishChange());
     clear();
     return isRemoved;
+}
+
+bool HiveCache::endBatch(bool isComplete)
+{
+    const bool isDone = m_database.endBatch(isComplete);
+    m_database.finishChange();
+    m_changeNumber = ChangeCounter::Unknown;
+    clear();
+    return isDone;
 }
 
 const std::vector<std::string>* HiveCache::valueNames(Key& key)
@@ -222,6 +237,7 @@ const std::vector<std::string>* HiveCache::subkeyNames(Key& key)
     return names(key, &KnownKey::subkeyNames, &Database::listSubkeys);
 }
 
+// Lists are kept whole: walks by index ask for them again with each step.
 const std::vector<std::string>* HiveCache::names(Key& key, Names KnownKey::*kind, List list)
 {
     if (!refresh())

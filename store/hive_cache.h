@@ -11,9 +11,10 @@
 
 namespace Tools::Store {
 
-// One hive: its database, and what was read from it. What was read is served again as long as the
-// change counter stands still; when nothing can be told from that, SQLite is asked whether another
-// process has changed anything. For one thread at a time.
+// One hive: its database, and a read-through cache of it that knows what is missing, too. What was
+// read is served again as long as the change counter shows the number that it was read at; when the
+// counter says nothing, SQLite is asked whether another process has changed anything. For one
+// thread at a time.
 class HiveCache {
     struct TextHash {
         using is_transparent = void;
@@ -26,8 +27,8 @@ class HiveCache {
     using ByName = std::unordered_map<std::string, Entry, TextHash, std::equal_to<>>;
     using Names = std::optional<std::vector<std::string>>;
 
-    // What is known of a key. An entry stands under each spelling that was asked for, also for what
-    // does not exist.
+    // What is known of a key. Each spelling that was asked for has an entry, also of what does
+    // not exist.
     struct KnownKey {
         bool exists = false;
         ByName<StoredValue> values;
@@ -44,16 +45,20 @@ public:
         std::uint64_t epoch = 0;
     };
 
-    explicit HiveCache(Database::Place place);
+    explicit HiveCache(Database::Location location);
 
     // The key at the end of the names, or NoKey. While there is no database there is just the root;
     // below one that cannot be used there is nothing.
     KeyId find(KeyId from, Platform::KeyNames names);
     KeyId findOrCreate(KeyId from, Platform::KeyNames names);
 
-    // True if other files stand in the place of the old ones by now: what was read is of no more
-    // use. Looks only now and then, which is often enough.
+    // True if another file has the old one's name by now: what was read is of no more use. Looks
+    // only now and then, which is often enough.
     bool checkFiles();
+
+    // A call failed because another program holds the database; it may succeed soon.
+    bool isBusy() const { return m_database.isBusy(); }
+    void clearBusy() { m_database.clearBusy(); }
 
     // The change counter, and its number for which everything that was read is right.
     const std::uint64_t* counter() const { return m_database.counter(); }
@@ -68,6 +73,9 @@ public:
     // Null if there is no such key.
     const std::vector<std::string>* valueNames(Key& key);
     const std::vector<std::string>* subkeyNames(Key& key);
+
+    void beginBatch() { m_database.beginBatch(); }
+    bool endBatch(bool isComplete);
 
     // The next call opens the database again.
     void close();

@@ -47,7 +47,7 @@ RecentValues::Words<RecentValues::NameWords> RecentValues::pack(std::string_view
 }
 
 // Any mixture will do that spreads short names.
-std::size_t RecentValues::placeOf(Word key, const Words<NameWords>& name)
+std::size_t RecentValues::indexOf(Word key, const Words<NameWords>& name)
 {
     const Word mixed =
         key ^ name[0] ^ std::rotl(name[1], 21) ^ std::rotl(name[2], 42) ^ std::rotl(name[3], 11);
@@ -61,7 +61,7 @@ bool RecentValues::read(KeyHandle key, std::string_view name, bool& exists,
         return false;
     const Words<NameWords> wanted = pack(name);
     const auto handle = reinterpret_cast<Word>(key);
-    const Entry& entry = m_entries[placeOf(handle, wanted)];
+    const Entry& entry = m_entries[indexOf(handle, wanted)];
 
     const Word sequence = entry.sequence.load(std::memory_order_acquire);
     const Word shape = entry.shape.load(Relaxed);
@@ -99,7 +99,7 @@ void RecentValues::store(KeyHandle key, std::string_view name, const StoredValue
     const Words<NameWords> nameWords = pack(name);
     std::memcpy(dataWords.data(), value.data.data(), value.data.size());
     const auto handle = reinterpret_cast<Word>(key);
-    Entry& entry = m_entries[placeOf(handle, nameWords)];
+    Entry& entry = m_entries[indexOf(handle, nameWords)];
 
     const Word sequence = entry.sequence.load(Relaxed);
     entry.sequence.store(sequence + 1, Relaxed);

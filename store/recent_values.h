@@ -12,9 +12,16 @@
 
 namespace Tools::Store {
 
-// The small values that were read last through each handle, for reading without a lock: programs
-// ask for the same few settings again and again. An entry holds good while the change counter that
-// it names shows the number it was read at. Any thread may read; one at a time may store or clear.
+// A direct-mapped cache of the small values that were read last through each handle, for reading
+// without a lock: programs ask for the same few settings again and again. An entry holds good while
+// the change counter that it names shows the number it was read at. Any thread may read; one at a
+// time, the holder of the store's lock, may store or clear.
+//
+// Each entry is a seqlock. Its writer makes the sequence odd, writes the other words in any order,
+// and makes the sequence even again. A reader who sees the same even sequence before and after has
+// words that belong together. The counter is compared between the two: what was right at the number
+// it shows was right at that moment of the call. All words are atomics, as a reader may meet any
+// mixture of them before it sees that the sequence has moved on.
 class RecentValues {
 public:
     // False if nothing is known of the value now; it may be known not to exist, too.
@@ -35,8 +42,7 @@ private:
     template <std::size_t Count>
     using Words = std::array<Word, Count>;
 
-    // Two cache lines of words. An odd sequence, or one that moved on while the words were read,
-    // tells that they do not belong together.
+    // Two cache lines.
     struct alignas(64) Entry {
         std::atomic<Word> sequence = 0;
         std::atomic<Word> key = 0;
@@ -48,7 +54,7 @@ private:
     };
 
     static Words<NameWords> pack(std::string_view name);
-    static std::size_t placeOf(Word key, const Words<NameWords>& name);
+    static std::size_t indexOf(Word key, const Words<NameWords>& name);
 
     std::array<Entry, EntryCount> m_entries;
 };

@@ -3,12 +3,17 @@
 #include "platform/environment.h"
 #include "platform/known_folders.h"
 #include "platform/lifetime.h"
+#include "platform/report.h"
+#include "store/database_files.h"
 #include "store/hive_cache.h"
 #include "store/recent_values.h"
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <filesystem>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 #include <pthread.h>
@@ -19,8 +24,9 @@ namespace Tools::Store {
 
 namespace {
 
-// The open keys of this process. A handle is a number in the guise of a pointer, so that one that
-// was closed already does no harm: a place in the list, and how often the place was used before.
+// The open keys of this process, under generational handles: a number in the guise of a pointer,
+// made of an index into the list and of how often that entry was used before. A handle that was
+// closed already names nothing and does no harm.
 class OpenKeys {
 public:
     struct Entry {
@@ -81,7 +87,7 @@ std::string directoryOfAll()
     return path;
 }
 
-// Empty if the user has no place for it.
+// Empty if the user has no folder for it.
 std::string userDirectory()
 {
     const std::string data = Platform::applicationDataDirectory();
@@ -92,14 +98,14 @@ constexpr mode_t OwnerOnly = S_IRUSR | S_IWUSR;
 constexpr mode_t ReadableByAll = OwnerOnly | S_IRGRP | S_IROTH;
 constexpr mode_t OpenToAll = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
 
-Database::Place userPlace(const std::string& directory, const std::string& name)
+Database::Location userLocation(const std::string& directory, const std::string& name)
 {
-    return {directory.empty() ? userDirectory() : directory, name, S_IRWXU, OwnerOnly, true};
+    return {directory.empty() ? userDirectory() : directory, name, S_IRWXU, OwnerOnly};
 }
 
-Database::Place machinePlace(const std::string& directory, const std::string& name)
+Database::Location machineLocation(const std::string& directory, const std::string& name)
 {
-    return {directory.empty() ? "/etc/meroda" : directory, name, OpenToAll, ReadableByAll, false};
+    return {directory.empty() ? "/etc/meroda" : directory, name, OpenToAll, ReadableByAll};
 }
 
 // Everything that a process holds of the store, from its first use until the library is unloaded.
@@ -117,15 +123,41 @@ public:
         return isKnown ? &m_hives[static_cast<std::size_t>(number)] : nullptr;
     }
 
+    void clearBusy()
+    {
+        for (HiveCache& hive : m_hives)
+            hive.clearBusy();
+    }
+
+    bool isBusy() const
+    {
+        return std::any_of(m_hives.begin(), m_hives.end(),
+                           [](const HiveCache& hive) { return hive.isBusy(); });
+    }
+
+    void beginBatch()
+    {
+        for (HiveCache& hive : m_hives)
+            hive.beginBatch();
+    }
+
+    bool endBatch(bool isComplete)
+    {
+        bool isDone = true;
+        for (HiveCache& hive : m_hives)
+            isDone = hive.endBatch(isComplete && isDone) && isDone;
+        return isDone;
+    }
+
     RecentValues recent;
     std::mutex mutex;
     OpenKeys keys;
 
 private:
     explicit Hives(const std::string& directory)
-        : m_hives{HiveCache(machinePlace(directory, "machine")),
-                  HiveCache(userPlace(directory, "user")),
-                  HiveCache(machinePlace(directory, "classes"))}
+        : m_hives{HiveCache(machineLocation(directory, "machine")),
+                  HiveCache(userLocation(directory, "user")),
+                  HiveCache(machineLocation(directory, "classes"))}
     {}
 
     static Hives* make()
@@ -139,8 +171,10 @@ private:
     // At the end of the process keys may still be in use, and the system closes all by itself.
     static void release(Platform::LibraryEnd end)
     {
-        if (end == Platform::LibraryEnd::Unloading)
-            delete &get();
+        if (end != Platform::LibraryEnd::Unloading)
+            return;
+        delete &get();
+        forgetDatabaseFiles();
     }
 
     // A database that a child process inherits open would be damaged by the two.
@@ -160,7 +194,11 @@ private:
 // The store for as long as a call takes.
 class LockedStore {
 public:
-    LockedStore() : m_store(Hives::get()), m_lock(m_store.mutex) {}
+    LockedStore() : m_store(Hives::get()), m_lock(m_store.mutex) { m_store.clearBusy(); }
+
+    bool isBusy() const { return m_store.isBusy(); }
+    void beginBatch() { m_store.beginBatch(); }
+    bool endBatch(bool isComplete) { return m_store.endBatch(isComplete); }
 
     HiveCache* hive(int number) { return m_store.hive(number); }
     OpenKeys& keys() { return m_store.keys; }
@@ -187,6 +225,48 @@ private:
     Hives& m_store;
     std::lock_guard<std::mutex> m_lock;
 };
+
+// A reader waits for nobody but one who makes the index of the log anew after a crash.
+constexpr std::chrono::seconds ReadPatience{1};
+// Commits are short: only a program that was stopped in the middle of one holds the store longer.
+constexpr std::chrono::seconds ChangePatience{5};
+constexpr std::chrono::microseconds Pause{500};
+
+// Calls until no other program is in the way. Between two tries the process's own threads get on.
+template <class Call>
+auto untilFree(std::chrono::seconds patience, const Call& call)
+{
+    std::chrono::steady_clock::time_point begin{};
+    for (;;) {
+        {
+            LockedStore store;
+            auto result = call(store);
+            if (!store.isBusy())
+                return result;
+            const auto now = std::chrono::steady_clock::now();
+            if (begin == std::chrono::steady_clock::time_point{})
+                begin = now;
+            if (now - begin >= patience)
+                return result;
+        }
+        std::this_thread::sleep_for(Pause);
+    }
+}
+
+// The same for a change; says so when one was given up.
+template <class Call>
+auto change(const Call& call)
+{
+    bool isBusy = false;
+    auto result = untilFree(ChangePatience, [&](LockedStore& store) {
+        auto made = call(store);
+        isBusy = store.isBusy();
+        return made;
+    });
+    if (isBusy)
+        Platform::report("Settings: a change was given up, another program holds the store");
+    return result;
+}
 
 using Names = const std::vector<std::string>*;
 
@@ -221,17 +301,29 @@ namespace Tools::Platform {
 
 using namespace Store;
 
+namespace {
+
+template <class Open>
+KeyHandle openOr(bool create, const Open& open)
+{
+    return create ? change(open) : untilFree(ReadPatience, open);
+}
+
+}
+
 KeyHandle openKey(int hive, KeyNames names, bool create)
 {
-    LockedStore store;
-    return store.open(store.hive(hive), RootKey, names, create);
+    return openOr(create, [&](LockedStore& store) {
+        return store.open(store.hive(hive), RootKey, names, create);
+    });
 }
 
 KeyHandle openKey(KeyHandle parent, KeyNames names, bool create)
 {
-    LockedStore store;
-    const OpenKeys::Entry* entry = store.keys().find(parent);
-    return entry != nullptr ? store.open(entry->hive, entry->key.id, names, create) : nullptr;
+    return openOr(create, [&](LockedStore& store) {
+        const OpenKeys::Entry* entry = store.keys().find(parent);
+        return entry != nullptr ? store.open(entry->hive, entry->key.id, names, create) : nullptr;
+    });
 }
 
 void closeKey(KeyHandle key)
@@ -244,66 +336,95 @@ bool readValue(KeyHandle key, const std::string& name, ValueReceiver& receiver)
     bool exists = false;
     if (Hives::get().recent.read(key, name, exists, receiver))
         return exists;
-    LockedStore store;
-    OpenKeys::Entry* entry = store.keys().find(key);
-    const StoredValue* value =
-        entry != nullptr ? entry->hive->value(entry->key, name.c_str()) : nullptr;
-    if (value == nullptr)
-        return false;
-    store.remember(key, *entry->hive, name, *value);
-    if (value->exists)
-        receiver.receive(value->kind, value->data);
-    return value->exists;
+    return untilFree(ReadPatience, [&](LockedStore& store) {
+        OpenKeys::Entry* entry = store.keys().find(key);
+        const StoredValue* value =
+            entry != nullptr ? entry->hive->value(entry->key, name.c_str()) : nullptr;
+        if (value == nullptr)
+            return false;
+        store.remember(key, *entry->hive, name, *value);
+        if (value->exists)
+            receiver.receive(value->kind, value->data);
+        return value->exists;
+    });
 }
 
 bool writeValue(KeyHandle key, const std::string& name, std::uint32_t kind, const void* data,
                 std::size_t size)
 {
-    LockedStore store;
-    OpenKeys::Entry* entry = store.keys().find(key);
     const std::string_view bytes(static_cast<const char*>(data), size);
-    return entry != nullptr && entry->hive->writeValue(entry->key, name.c_str(), kind, bytes);
+    return change([&](LockedStore& store) {
+        OpenKeys::Entry* entry = store.keys().find(key);
+        return entry != nullptr && entry->hive->writeValue(entry->key, name.c_str(), kind, bytes);
+    });
 }
 
 bool removeValue(KeyHandle key, const std::string& name)
 {
-    LockedStore store;
-    OpenKeys::Entry* entry = store.keys().find(key);
-    return entry != nullptr && entry->hive->removeValue(entry->key, name.c_str());
+    return change([&](LockedStore& store) {
+        OpenKeys::Entry* entry = store.keys().find(key);
+        return entry != nullptr && entry->hive->removeValue(entry->key, name.c_str());
+    });
 }
 
 bool removeTree(KeyHandle parent, KeyNames names)
 {
-    LockedStore store;
-    OpenKeys::Entry* entry = store.keys().find(parent);
-    if (entry == nullptr || names.empty())
-        return false;
-    const KeyId key = entry->hive->find(entry->key.id, names);
-    return key != NoKey && entry->hive->removeTree(key);
+    return change([&](LockedStore& store) {
+        OpenKeys::Entry* entry = store.keys().find(parent);
+        if (entry == nullptr || names.empty())
+            return false;
+        const KeyId key = entry->hive->find(entry->key.id, names);
+        return key != NoKey && entry->hive->removeTree(key);
+    });
+}
+
+ChangeBatch::ChangeBatch()
+{
+    LockedStore().beginBatch();
+}
+
+ChangeBatch::~ChangeBatch()
+{
+    cancel();
+}
+
+bool ChangeBatch::commit()
+{
+    return LockedStore().endBatch(true);
+}
+
+bool ChangeBatch::cancel()
+{
+    LockedStore().endBatch(false);
+    return true;
 }
 
 int countSubkeys(KeyHandle key)
 {
-    LockedStore store;
-    return countOf(subkeyNames(store.keys().find(key)));
+    return untilFree(ReadPatience, [&](LockedStore& store) {
+        return countOf(subkeyNames(store.keys().find(key)));
+    });
 }
 
 int countValues(KeyHandle key)
 {
-    LockedStore store;
-    return countOf(valueNames(store.keys().find(key)));
+    return untilFree(ReadPatience, [&](LockedStore& store) {
+        return countOf(valueNames(store.keys().find(key)));
+    });
 }
 
 bool subkeyName(KeyHandle key, int index, std::string& name)
 {
-    LockedStore store;
-    return nameAt(subkeyNames(store.keys().find(key)), index, name);
+    return untilFree(ReadPatience, [&](LockedStore& store) {
+        return nameAt(subkeyNames(store.keys().find(key)), index, name);
+    });
 }
 
 bool valueName(KeyHandle key, int index, std::string& name)
 {
-    LockedStore store;
-    return nameAt(valueNames(store.keys().find(key)), index, name);
+    return untilFree(ReadPatience, [&](LockedStore& store) {
+        return nameAt(valueNames(store.keys().find(key)), index, name);
+    });
 }
 
 }

@@ -12,12 +12,13 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include <signal.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -82,9 +83,10 @@ TEST_F(RegistryFiles, rights)
         ::umask(old);
         EXPECT_EQ(modeOf(m_directory / "user.db"), 0600);
         EXPECT_EQ(modeOf(m_directory / "user.db-wal"), 0600);
-        EXPECT_EQ(modeOf(m_directory / "user.changes"), 0600);
+        EXPECT_EQ(modeOf(m_directory / "user.db-shm"), 0600);
         EXPECT_EQ(modeOf(m_directory / "machine.db"), 0644);
-        EXPECT_EQ(modeOf(m_directory / "machine.changes"), 0644);
+        EXPECT_EQ(modeOf(m_directory / "machine.db-wal"), 0644);
+        EXPECT_EQ(modeOf(m_directory / "machine.db-shm"), 0644);
         for (const fs::directory_entry& entry : fs::directory_iterator(m_directory))
             fs::remove(entry);
     }
@@ -160,7 +162,6 @@ TEST_F(RegistryFiles, damagedStoreIsLeftAlone)
     EXPECT_EQ(run({"read", User, "K", "v7"}), "7\n");
 }
 
-// The machine's store has no log but a journal, which the next one plays back.
 TEST_F(RegistryFiles, killedWriterOfTheMachine)
 {
     for (int round = 0; round < 3; ++round) {
@@ -176,6 +177,85 @@ TEST_F(RegistryFiles, killedWriterOfTheMachine)
         EXPECT_LE(stored, told + 1);
         run({"write", Machine, "K", "v", "0"});
         EXPECT_EQ(run({"read", Machine, "K", "v"}), "0\n");
+    }
+}
+
+// Others may be stopped or killed in the middle of a change, of any user: all read what was
+// committed last at once, also those who may change nothing.
+TEST_F(RegistryFiles, stoppedWriterOfTheMachine)
+{
+    RegistryKey key = Registry::find(Registry::LocalMachine, "Stopped", true);
+    fs::permissions(workDirectory(), fs::perms(0755));
+    fs::permissions(ownStore(), fs::perms(0755));
+    const auto readAsAnother = [] {
+        int status = -1;
+        const pid_t reader = ::fork();
+        if (reader == 0) {
+            if (::geteuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0))
+                ::_exit(1);
+            const RegistryKey seen = Registry::find(Registry::LocalMachine, "Stopped", false);
+            ::_exit(seen["v"].getDWord() > 0 ? 0 : 1);
+        }
+        ::waitpid(reader, &status, 0);
+        return status == 0;
+    };
+    for (int round = 0; round < 10; ++round) {
+        SCOPED_TRACE(round);
+        key.add(makeValue("v", RegistryValue::DWord).setData(0));
+        Child child(builtProgram("settings_child"), {"count", Machine, "Stopped", "v"});
+        for (int i = 0; i < 10000 && key["v"].getDWord() < 2; ++i)
+            ::usleep(100);
+        ::kill(static_cast<pid_t>(child.processId()), SIGSTOP);
+        EXPECT_TRUE(readAsAnother());
+        child.kill();
+        child.wait();
+        EXPECT_TRUE(readAsAnother());
+    }
+}
+
+// Whoever reads or copies the files of a store in use takes nothing of its safety away.
+TEST_F(RegistryFiles, backupsOfAStoreInUse)
+{
+    std::vector<std::unique_ptr<Child>> children;
+    for (const char* name : {"a", "b", "c"})
+        children.push_back(std::make_unique<Child>(
+            builtProgram("settings_child"),
+            std::vector<std::string>{"backup", User, "K", name, m_directory.string()},
+            variables()));
+    for (const std::unique_ptr<Child>& child : children)
+        EXPECT_EQ(child->wait().exitCode, 0);
+    for (const char* name : {"a", "b", "c"})
+        EXPECT_EQ(run({"read", User, "K", name}), "99\n");
+
+    sqlite3* connection = nullptr;
+    sqlite3_stmt* check = nullptr;
+    sqlite3_open((m_directory / "user.db").c_str(), &connection);
+    sqlite3_prepare_v2(connection, "PRAGMA integrity_check", -1, &check, nullptr);
+    ASSERT_EQ(sqlite3_step(check), SQLITE_ROW);
+    EXPECT_STREQ(reinterpret_cast<const char*>(sqlite3_column_text(check, 0)), "ok");
+    sqlite3_finalize(check);
+    sqlite3_close(connection);
+}
+
+// Files cut short, as while a backup is copied over them, links in their place.
+TEST_F(RegistryFiles, filesThatOthersChange)
+{
+    writeText("v", "1");
+    fs::resize_file(ownStore() / "user.db-shm", 0);
+    writeText("w", "2");
+    EXPECT_EQ(m_key["v"].getString(), "1");
+    EXPECT_EQ(m_key["W"].getString(), "2");
+
+    for (const char* name : {"user.db", "user.db-wal", "user.db-shm"}) {
+        SCOPED_TRACE(name);
+        run({"write", User, "K", "v", "x"});
+        fs::rename(m_directory / name, m_directory / "other");
+        const std::string before = readFile(m_directory / "other");
+        fs::create_symlink(m_directory / "other", m_directory / name);
+        run({"write", User, "K", "v", "y"});
+        EXPECT_EQ(readFile(m_directory / "other"), before);
+        for (const fs::directory_entry& entry : fs::directory_iterator(m_directory))
+            fs::remove(entry);
     }
 }
 
@@ -195,10 +275,25 @@ TEST_F(RegistryFiles, manyMakeTheStoreAtOnce)
         EXPECT_EQ(run({"read", i % 2 == 0 ? User : Machine, "k\\l", std::to_string(i)}), "made\n");
 }
 
-// Whatever happens to the counter, changes are seen.
+// The shared memory with the number of changes of a database.
+fs::path counterOf(const fs::path& database)
+{
+    struct stat info {};
+    ::stat(database.c_str(), &info);
+    std::ostringstream name;
+    name << "mdtools-" << info.st_uid << '-' << std::hex << info.st_dev << '-' << info.st_ino;
+    for (const fs::directory_entry& entry : fs::directory_iterator("/dev/shm"))
+        if (entry.path().filename().string().starts_with(name.str() + '-'))
+            return entry.path();
+    return fs::path();
+}
+
+// Whatever number a killed writer or some nonsense left, changes are seen.
 TEST_F(RegistryFiles, changeCounter)
 {
-    const fs::path counter = ownStore() / "user.changes";
+    writeText("first", "");
+    const fs::path counter = counterOf(ownStore() / "user.db");
+    ASSERT_EQ(modeOf(counter), 0600);
     const auto setCounter = [&counter](std::uint64_t number) {
         std::fstream file(counter, std::ios::binary | std::ios::in | std::ios::out);
         file.write(reinterpret_cast<const char*>(&number), sizeof number);
@@ -214,7 +309,6 @@ TEST_F(RegistryFiles, changeCounter)
         m_key.remove(makeValue("v", RegistryValue::None));
     };
     checkChanges();
-    // A writer was killed, or something wrote nonsense.
     for (const std::uint64_t number : {std::uint64_t{77}, ~std::uint64_t{0}, std::uint64_t{0}}) {
         SCOPED_TRACE(number);
         setCounter(number);
@@ -235,7 +329,7 @@ TEST_F(RegistryFiles, exchangedStore)
     writeText("v", "old");
     const fs::path kept = m_directory / "kept";
     fs::create_directory(kept);
-    for (const char* name : {"user.db", "user.db-wal", "user.db-shm", "user.changes"})
+    for (const char* name : {"user.db", "user.db-wal", "user.db-shm"})
         fs::rename(ownStore() / name, kept / name);
 
     const auto waitFor = [this](const std::string& text) {

@@ -1,9 +1,12 @@
 // The other process of the settings' tests:
 //     settings_child read HIVE PATH NAME            prints the word or text, or "invalid"
 //     settings_child write HIVE PATH NAME TEXT      stores a text
-//     settings_child words HIVE PATH PREFIX COUNT   stores COUNT words, each under a name of its
-//     own settings_child count HIVE PATH NAME           stores 1, 2, 3 ... and prints each when
-//     stored
+//     settings_child words HIVE PATH PREFIX COUNT   stores COUNT words, each under its own name
+//     settings_child count HIVE PATH NAME           stores 1, 2, 3 ... and prints each when stored
+//     settings_child backup HIVE PATH NAME FOLDER   stores and reads back 0 to 99, and after each
+//                                                   reads and copies the files of the store
+#include <mdtools/directory.h>
+#include <mdtools/file.h>
 #include <mdtools/registry.h>
 
 #include <cstdio>
@@ -53,6 +56,21 @@ int countUp(RegistryKey key, const std::string& name)
     }
 }
 
+// 1 as soon as a word is not what was stored last, or a copy fails.
+int backUp(RegistryKey key, const std::string& name, const std::string& folder)
+{
+    const std::string copies = folder + "-" + name;
+    for (unsigned i = 0; i < 100; ++i) {
+        key.add(makeValue(name, RegistryValue::DWord).setData(i));
+        for (const char* file : {"/user.db", "/user.db-wal", "/user.db-shm"})
+            File::isEqual(folder + file, folder + file);
+        if (!Directory::copy(folder, copies) || key[name].getDWord() != i)
+            return 1;
+        Directory::removeRecursively(copies);
+    }
+    return 0;
+}
+
 }
 
 int main(int argc, char** argv)
@@ -68,5 +86,7 @@ int main(int argc, char** argv)
         return writeText(key, argv[4], argv[5]);
     if (command == "words" && argc > 5)
         return writeWords(key, argv[4], std::atoi(argv[5]));
+    if (command == "backup" && argc > 5)
+        return backUp(key, argv[4], argv[5]);
     return command == "count" ? countUp(key, argv[4]) : 2;
 }

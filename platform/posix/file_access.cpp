@@ -20,9 +20,12 @@ struct flock wholeFile(FileLock lock)
 
 }
 
+// Only the first byte is asked for: who holds a file has all of it locked, while a database in use,
+// which may be copied, has locks elsewhere.
 bool isLockedAgainst(int file, FileLock lock)
 {
     struct flock found = wholeFile(lock);
+    found.l_len = 1;
     return ::fcntl(file, F_OFD_GETLK, &found) == 0 && found.l_type != F_UNLCK;
 }
 

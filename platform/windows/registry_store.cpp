@@ -172,6 +172,20 @@ bool removeTree(KeyHandle parent, KeyNames names)
            ::RegDeleteTreeA(above.get(), std::string(names.back()).c_str()) == ERROR_SUCCESS;
 }
 
+// The system's transactions are not for programs that run without them in mind, and may go.
+ChangeBatch::ChangeBatch() = default;
+ChangeBatch::~ChangeBatch() = default;
+
+bool ChangeBatch::commit()
+{
+    return true;
+}
+
+bool ChangeBatch::cancel()
+{
+    return false;
+}
+
 int countSubkeys(KeyHandle key)
 {
     DWORD count = 0;
