@@ -226,7 +226,7 @@ public:
         auto* next = static_cast<char*>(buffer);
         auto left = static_cast<std::size_t>(size);
         while (left > 0 && !m_isMissing) {
-            const ssize_t count = Platform::retryInterrupted(
+            const auto count = Platform::retryInterrupted(
                 [&] { return ::pread(m_file.get(), next, left, position); });
             if (count < 0)
                 return SQLITE_IOERR_READ;

@@ -143,7 +143,7 @@ bool writeAt(int file, const void* bytes, std::size_t size, off_t position)
 {
     const auto* next = static_cast<const char*>(bytes);
     while (size > 0) {
-        const ssize_t written =
+        const auto written =
             Platform::retryInterrupted([&] { return ::pwrite(file, next, size, position); });
         if (written <= 0) {
             errno = written == 0 ? ENOSPC : errno;
