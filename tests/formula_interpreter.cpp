@@ -1,4 +1,5 @@
 #include "formula_reference.h"
+#include "support/allocations.h"
 
 #include <mdtools/formula_interpreter.h>
 
@@ -10,35 +11,11 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <new>
 #include <random>
 
+using MdToolsTest::allocationCount;
 using MdToolsTest::FormulaReference;
 using Tools::FormulaInterpreter;
-
-namespace {
-
-std::size_t allocations = 0;
-
-}
-
-void* operator new(std::size_t size)
-{
-    ++allocations;
-    if (void* memory = std::malloc(size))
-        return memory;
-    throw std::bad_alloc();
-}
-
-void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
 
 namespace {
 
@@ -273,9 +250,9 @@ TEST(FormulaInterpreter, shortTextsTakeNoMemory)
     };
     const FormulaInterpreter interpreter;
     for (const std::string& text : texts) {
-        const std::size_t before = allocations;
+        const std::size_t before = allocationCount;
         interpreter.value(text);
-        EXPECT_EQ(allocations, before) << text;
+        EXPECT_EQ(allocationCount, before) << text;
     }
 }
 
