@@ -63,6 +63,7 @@
 #include <mdtools/system.h>
 #include <mdtools/table.h>
 #include <mdtools/threads.h>
+#include <mdtools/version.h>
 #include <mdtools/version_info.h>
 #include <mdtools/version_number.h>
 #include <mdtools/version_text.h>
