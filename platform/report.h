@@ -1,6 +1,6 @@
 #pragma once
 
-// report.h - what lower floors have to say that no result tells; trace/ answers it.
+// report.h - failures on the floors below trace/ that no result shows; trace/ answers it.
 namespace Tools::Platform {
 
 // Writes a line to the debug channel. The caller holds no lock, as the channel reads settings.

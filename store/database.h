@@ -61,7 +61,8 @@ public:
     State openForChange();
     bool openOrMake();
     void close();
-    // A call failed because another program holds the database; it may succeed soon.
+    // A call failed because another program holds the database; it may succeed soon. Who waits how
+    // long for that is up to registry_store.cpp.
     bool isBusy() const { return m_isBusy; }
     void clearBusy() { m_isBusy = false; }
     // Moves on with each opening.

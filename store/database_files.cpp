@@ -29,10 +29,10 @@ constexpr off_t Reserved = Pending + 1;
 constexpr off_t Shared = Pending + 2;
 constexpr off_t SharedSize = 510;
 constexpr off_t IndexLocks = 120;
-// Locked as long as a program has the index mapped: who gets it for itself finds an index that
-// nobody kept right.
+// Held, shared, by every program that has the index mapped. A program that gets this lock for
+// itself alone is the first one, and cannot trust what it finds in the index.
 constexpr off_t IndexInUse = IndexLocks + SQLITE_SHM_NLOCK;
-// Of the five locks that readers of the log hold.
+// The number of the first of the five locks that readers of the log hold.
 constexpr int FirstReader = 3;
 constexpr int ReaderCount = SQLITE_SHM_NLOCK - FirstReader;
 // An index that begins with zeros is made anew from the log.
@@ -137,11 +137,16 @@ private:
         return ::fstat(m_file.get(), &info) == 0 && info.st_size >= size;
     }
 
-    // Who reads by an index of its own, unseen by others, takes all readers' locks: the first keeps
-    // others from copying the log into the database, each of the rest from overwriting the log. One
-    // that cannot be had is held by somebody who may have been stopped in the middle of his work:
-    // he is copying already, and nothing that this reader does not know, or moves the mark of one
-    // other lock. Only he who holds all but the first is about to overwrite.
+    // A reader with a private index does not leave its mark in the shared one, so it takes all five
+    // readers' locks at once. The first one keeps others from copying the log into the database.
+    // Each of the other four keeps them from starting the log anew, for which a writer needs all
+    // four.
+    //
+    // A lock that is refused is held alone by another program, which may have been stopped there.
+    // If it is the first one, that program is copying the log already; it copies no more than was
+    // committed when it began, which this reader knows as well. If it is one of the four, that
+    // program is moving the mark of that lock. Either does no harm, so one of the four is enough;
+    // if all four are refused, the log is being started anew and the reader has to come back.
     int lockPrivately(short kind) const
     {
         const off_t first = IndexLocks + FirstReader;

@@ -42,7 +42,7 @@ bool isTrusted(int file, const std::string& path)
 }
 
 // The rights hold whatever the process masks out. What root makes in a user's directory belongs to
-// the user, whose programs would be locked out of their own settings else.
+// the user, whose own programs could not use their settings otherwise.
 bool settle(int file, const std::string& path, mode_t mode)
 {
     struct stat directory {};

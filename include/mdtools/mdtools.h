@@ -15,7 +15,7 @@
 // they mean the same file, setting or variable. Headers say where more is allowed, or less: what
 // belongs to the thread of a window, or is one for the whole process.
 //
-// Nothing is to be called before the first use or after the last one.
+// There is nothing to set up before the first call and nothing to clean up after the last one.
 
 #include <mdtools/application_registry.h>
 #include <mdtools/argument_keeper.h>

@@ -13,8 +13,11 @@
 // two for the machine with the same keys, paths and value types.
 //
 // Nothing here reports an error or throws for one. What could not be opened is an invalid key, what
-// could not be read an invalid value, and a write or removal that failed leaves everything as it
-// was; ask valid(). Different objects may be used from different threads at once, also when they
+// could not be read an invalid value; ask valid(). A write or removal that failed leaves everything
+// as it was, and nothing says so but reading the value again. On Linux a write waits up to five
+// seconds for another program that is writing just then, and is given up with a line on the debug
+// channel if that one does not end, because somebody stopped it for instance; reads wait for no
+// writer. What was written survives the death of the program. Different objects may be used from different threads at once, also when they
 // mean the same key; one object belongs to one thread at a time.
 //
 // Paths separate keys by "/" or "\\" alike and ignore letter case. One leading separator is
