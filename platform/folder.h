@@ -24,6 +24,9 @@ public:
     Folder();
     // Through links.
     explicit Folder(const std::string& path);
+    // Not valid if the path names a link. Where folders are known by their paths the name leads to
+    // no other directory as long as this one is open.
+    static Folder openItself(const std::string& path);
     Folder(Folder&& other) noexcept;
     Folder& operator=(Folder&& other) noexcept;
     ~Folder();

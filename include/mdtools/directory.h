@@ -36,7 +36,8 @@ public:
     // An empty directory, or the link to any.
     static bool remove(const std::string& name);
     // Removes the directory with all that is in it, write-protected files too. If something cannot
-    // be removed the rest is removed nevertheless.
+    // be removed the rest is removed nevertheless. A link that takes the directory's place
+    // meanwhile is neither followed nor removed.
     static bool removeRecursively(const std::string& name);
 
     // Copies a tree into the new directory `target`; fails if that cannot be made or exists.

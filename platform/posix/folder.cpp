@@ -56,6 +56,13 @@ Folder::Folder(const std::string& path)
     : m_state(std::make_unique<State>(NativePath(path).open(ReadFlags)))
 {}
 
+Folder Folder::openItself(const std::string& path)
+{
+    Folder folder;
+    folder.m_state = std::make_unique<State>(NativePath(path).open(ReadFlags | O_NOFOLLOW));
+    return folder;
+}
+
 Folder::Folder(Folder&& other) noexcept = default;
 Folder& Folder::operator=(Folder&& other) noexcept = default;
 Folder::~Folder() = default;
