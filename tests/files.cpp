@@ -206,6 +206,35 @@ TEST_F(FileTest, renames)
     EXPECT_TRUE(File::rename(path("b"), path("folder2/b")));
 }
 
+// "." and ".." count in the text, before the system sees it.
+TEST_F(FileTest, resolvesDots)
+{
+    make("f", "1");
+    for (const char* name : {"none/../f", "./f", "f/../f", "none\\./..\\f", "none/../../files/f"})
+        EXPECT_TRUE(File::exists(path(name))) << name;
+    EXPECT_FALSE(File::exists(path("f/../g")));
+    EXPECT_TRUE(File::copy(path("none/../f"), path("./none/../g")));
+    EXPECT_FALSE(File::rename(path("f"), path("./g")));
+    EXPECT_TRUE(File::rename(path("f"), path("none/.././f")));
+    EXPECT_TRUE(File::rename(path("./f"), path("none/../h")));
+    EXPECT_EQ(readFile(path("h")), "1");
+    EXPECT_TRUE(Directory::create(path("new/.")));
+    EXPECT_TRUE(Directory::exists(path("new")));
+    EXPECT_TRUE(Directory::createRecursively(path("new/./a/.")));
+    EXPECT_TRUE(File::rename(path("new/a"), path("new/a/../a")));
+    EXPECT_TRUE(Directory::removeRecursively(path("new/.")));
+    EXPECT_FALSE(Directory::exists(path("new")));
+
+    const std::string before = Directory::getCurrent();
+    ASSERT_TRUE(Directory::create(path("below")));
+    ASSERT_TRUE(Directory::setCurrent(path("below")));
+    EXPECT_TRUE(File::exists("../h"));
+    EXPECT_TRUE(File::rename("../h", "none/../../below/h"));
+    EXPECT_TRUE(File::rename("h", path("below/h")));
+    EXPECT_TRUE(File::exists("./h"));
+    EXPECT_TRUE(Directory::setCurrent(before));
+}
+
 TEST_F(FileTest, movesToAnotherFileSystem)
 {
     const MdToolsTest::SmallDisk disk(path("disk"), 65536);

@@ -137,6 +137,7 @@ ErrorCode createDirectories(const std::string& path)
 {
     std::string text = path.substr(0, path.find('\0'));
     toSlashes(text);
+    resolveDots(text);
     FileDescriptor folder(::open(text.starts_with('/') ? "/" : ".", O_PATH | O_CLOEXEC));
     char* rest = nullptr;
     for (const char* name = ::strtok_r(text.data(), "/", &rest); name != nullptr;
@@ -228,8 +229,8 @@ ErrorCode renameEntry(const std::string& oldPath, const std::string& newPath)
     if (::renameat2(from.folder(), from.name(), to.folder(), to.name(), RENAME_NOREPLACE) == 0)
         return 0;
     int cause = errno;
-    // An entry has its own name already.
-    if (cause == EEXIST && oldPath == newPath)
+    // An entry has its own name already, however that is written.
+    if (cause == EEXIST && from.isSameName(to))
         return 0;
     if (cause == EXDEV)
         cause = moveAcross(from, to);
