@@ -67,12 +67,17 @@ TEST_F(FileTest, opensWithPointAsDecimalSign)
     EXPECT_EQ(File::open("", "r"), nullptr);
     EXPECT_EQ(std::setlocale(LC_ALL, nullptr), locale);
     for (const char* mode : {"q", "", "r+x", "rbt", "w++", "r, ccs=UTF-8", "r"}) {
+        MdToolsTest::setCommaLocale();
         EXPECT_EQ(File::open(name, mode), nullptr) << mode;
         EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
     }
     EXPECT_EQ(File::open(m_directory, "r"), nullptr);
 
     writeFile(name, "previous contents");
+    for (const char* mode : {"q", "", "wx", "w+xx", "wbt", "a++", "awx", "w, ccs=UTF-8"}) {
+        EXPECT_EQ(File::open(name, mode), nullptr) << mode;
+        EXPECT_EQ(readFile(name), "previous contents") << mode;
+    }
     struct Case {
         const char *mode, *put, *after;
     };
@@ -254,6 +259,111 @@ TEST_F(FileTest, movesToAnotherFileSystem)
     EXPECT_FALSE(File::rename(make("big", std::string(100'000, 'b')), path("disk/big")));
     EXPECT_FALSE(File::exists(path("disk/big")));
     EXPECT_TRUE(File::exists(path("big")));
+    // What cannot be taken away here is not left there.
+    const std::string name = make("own", "1");
+    const MdToolsTest::OrdinaryUser user;
+    EXPECT_FALSE(File::rename(name, path("disk/own")));
+    EXPECT_TRUE(File::exists(name));
+    EXPECT_FALSE(File::exists(path("disk/own")));
+}
+
+TEST_F(FileTest, copiesOntoALink)
+{
+    const MdToolsTest::SmallDisk disk(path("disk"), 65536);
+    if (!disk.isThere())
+        GTEST_SKIP() << disk.why();
+    make("disk/target", "precious");
+    ASSERT_TRUE(MdToolsTest::makeLink("disk/target", path("link")));
+    EXPECT_FALSE(File::copy(make("source", std::string(70'000, 's')), path("link")));
+    EXPECT_EQ(readFile(path("disk/target")), "precious");
+    EXPECT_FALSE(File::copy(path("disk/target"), path("link")));
+    {
+        const HeldFile held(path("disk/target"));
+        EXPECT_FALSE(File::copy(make("source", "new"), path("link")));
+    }
+    EXPECT_EQ(readFile(path("disk/target")), "precious");
+    EXPECT_TRUE(File::copy(make("source", "new"), path("link")));
+    EXPECT_EQ(readFile(path("disk/target")), "new");
+    EXPECT_TRUE(std::filesystem::is_symlink(path("link")));
+    ASSERT_TRUE(MdToolsTest::makeLink("nowhere", path("dangling")));
+    EXPECT_FALSE(File::copy(path("source"), path("dangling")));
+    EXPECT_TRUE(std::filesystem::is_symlink(path("dangling")));
+    std::vector<File::Info> left;
+    File::findByWildCard(path("disk"), "*", left, false);
+    EXPECT_EQ(left, std::vector{File::Info(path("disk"), "target", File::Info::Type::File)});
+}
+
+// Files that the system makes up come in pieces, and some in none.
+TEST_F(FileTest, readsToTheEnd)
+{
+    if (!File::exists("/proc/self/environ"))
+        GTEST_SKIP() << "The system makes up no files here.";
+    const MdToolsTest::Child child(MdToolsTest::builtProgram("file_child"),
+                                   {"r", make("held"), path("ready")},
+                                   {{"MDTOOLS_LONG", std::string(100'000, 'l')}});
+    ASSERT_TRUE(child.waitUntil([this] { return File::exists(path("ready")); }));
+    const std::string made = "/proc/" + std::to_string(child.processId()) + "/environ";
+    EXPECT_FALSE(File::isEmpty(made));
+    EXPECT_TRUE(File::copy(made, path("copy")));
+    EXPECT_EQ(readFile(path("copy")), readFile(made));
+    EXPECT_GT(readFile(made).size(), 100'000U);
+    EXPECT_TRUE(File::isEqual(made, path("copy")));
+    EXPECT_TRUE(File::isEqual(path("copy"), made));
+    EXPECT_FALSE(File::isEqual(made, make("empty", "")));
+    EXPECT_TRUE(File::concatenate(made, path("empty")));
+    EXPECT_TRUE(File::isEqual(path("empty"), path("copy")));
+    // A page at once, although the size is known.
+    const std::string types = "/sys/kernel/btf/vmlinux";
+    if (File::exists(types)) {
+        EXPECT_TRUE(File::copy(types, path("types")));
+        EXPECT_EQ(std::filesystem::file_size(path("types")), std::filesystem::file_size(types));
+    }
+    const std::string unreadable = "/proc/self/mem";
+    EXPECT_TRUE(File::isEmpty(unreadable));
+    EXPECT_FALSE(File::isEqual(unreadable, unreadable));
+    EXPECT_FALSE(File::copy(unreadable, path("new")));
+    EXPECT_FALSE(File::exists(path("new")));
+    EXPECT_FALSE(File::concatenate(unreadable, path("copy")));
+    EXPECT_EQ(readFile(path("copy")), readFile(made));
+}
+
+TEST_F(FileTest, doesNotWaitForPipes)
+{
+    const std::string name = path("pipe");
+    const MdToolsTest::NamedPipe pipe(name, MdToolsTest::NamedPipe::Reader::None);
+    if (!pipe.isThere())
+        GTEST_SKIP() << "Pipes have no names among the files here.";
+    EXPECT_TRUE(File::isEmpty(name));
+    EXPECT_FALSE(File::isEqual(name, name));
+    EXPECT_FALSE(File::isLocked(name));
+    EXPECT_FALSE(File::copy(name, path("new")));
+    EXPECT_FALSE(File::copy(make("a"), name));
+    EXPECT_FALSE(File::concatenate(name, path("a")));
+    EXPECT_FALSE(File::concatenate(path("a"), name));
+    EXPECT_TRUE(File::rename(name, path("pipe2")));
+    EXPECT_TRUE(File::remove(path("pipe2")));
+}
+
+TEST_F(FileTest, longestPath)
+{
+    for (std::size_t length = MdToolsTest::LongestPath - 2; length <= MdToolsTest::LongestPath + 2;
+         ++length) {
+        SCOPED_TRACE(length);
+        // On Windows there is no way to a longer one.
+        const bool isThere = !MdToolsTest::IsWindows || length <= MdToolsTest::LongestPath;
+        std::string name = m_directory;
+        while (length - name.size() > 250) {
+            name += "/" + std::string(100, 'd');
+            ASSERT_TRUE(Directory::createRecursively(name));
+        }
+        name += "/" + std::string(length - name.size() - 1, 'f');
+        std::FILE* file = File::open(name, "w");
+        EXPECT_EQ(file != nullptr, isThere);
+        File::close(file);
+        EXPECT_EQ(File::exists(name), isThere);
+        EXPECT_EQ(File::copy(name, path("copy")), isThere);
+        EXPECT_EQ(File::remove(name), isThere);
+    }
 }
 
 TEST_F(FileTest, removesByPattern)
@@ -458,6 +568,10 @@ TEST_F(FileTest, keepsNothingOpen)
         std::string name;
         search.start(path("*"), name);
         search.start(path("*"), name);
+        const int open = MdToolsTest::countHandles();
+        while (search.find(name)) {
+        }
+        EXPECT_LT(MdToolsTest::countHandles(), open);
         Directory::copy(m_directory, path("copy"), {}, {});
         Directory::removeRecursively(path("copy"));
     }

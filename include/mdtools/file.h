@@ -73,8 +73,11 @@ public:
     static bool isLocked(const std::string& name);
 
     // Overwrites the target, unless that is write-protected, open elsewhere or the source itself.
-    // The second form joins the target from a directory and a file name. The copy has the source's
-    // permissions and modification time. Nothing is left of a copy that fails.
+    // The last form joins the target from a directory and a file name. The copy has the source's
+    // permissions and modification time. Nothing is left of a copy that fails. Of a link the copy
+    // has what it leads to; a target that is a link stays one, and on Linux the file behind it is
+    // replaced in one step, so that a copy that fails leaves both as they were. That takes the
+    // right to make files in the directory of the file.
     static bool copy(const std::string& source, const std::string& target);
     static bool copy(const Path& source, const Path& target);
     static bool copy(const std::string& source, const std::string& directory,

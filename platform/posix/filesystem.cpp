@@ -4,10 +4,12 @@
 #include "platform/posix/file_copy.h"
 #include "platform/posix/native_path.h"
 
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <memory>
+#include <sys/random.h>
 #include <sys/stat.h>
 
 namespace Tools::Platform {
@@ -54,29 +56,96 @@ FolderEntry entry(const NativePath& path)
     return {path.folder(), path.name()};
 }
 
-// Empties a file that is to be overwritten, unless it may not be.
-ErrorCode takeOver(const FileDescriptor& file, const struct stat& status, const NativePath& path,
-                   const struct stat& source)
+// An open file that is copied.
+struct Source {
+    FileDescriptor file;
+    struct stat status = {};
+};
+
+// 0 if an existing file may be overwritten; it is locked then.
+ErrorCode takeOver(const FileDescriptor& file, struct stat& status, const NativePath& path,
+                   const Source& source)
 {
-    const bool isSame = source.st_dev == status.st_dev && source.st_ino == status.st_ino;
+    if (!file.valid() || ::fstat(file.get(), &status) != 0)
+        return path.error(errno);
+    const bool isSame =
+        source.status.st_dev == status.st_dev && source.status.st_ino == status.st_ino;
     if (isSame || !lockFile(file.get(), FileLock::Exclusive))
         return SharingViolation;
     if (!S_ISREG(status.st_mode) || isWriteProtected(path.folder(), path.name(), status))
         return AccessDenied;
-    return ::ftruncate(file.get(), 0) == 0 ? 0 : errorCode(errno);
+    return 0;
+}
+
+ErrorCode copyOver(const Source& source, FileDescriptor target, const NativePath& to)
+{
+    struct stat status = {};
+    if (const ErrorCode code = takeOver(target, status, to, source); code != 0)
+        return code;
+    const int cause =
+        ::ftruncate(target.get(), 0) != 0
+            ? errno
+            : copyInto(source.file, source.status, std::move(target), status, entry(to));
+    return cause == 0 ? 0 : errorCode(cause);
+}
+
+// A file of its own beside another one, with its owner. An empty name says that it failed.
+FileDescriptor makeBeside(const std::string& path, const struct stat& status, std::string& name)
+{
+    unsigned long long random = 0;
+    if (::getrandom(&random, sizeof random, 0) != ssize_t(sizeof random))
+        return FileDescriptor();
+    name = path.substr(0, path.rfind('/') + 1) + ".copy-" + std::to_string(random) + ".tmp";
+    FileDescriptor file(
+        ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    // An ordinary user keeps it himself.
+    if (file.valid())
+        (void)!::fchown(file.get(), status.st_uid, status.st_gid);
+    return file;
+}
+
+// The copy takes the name of the link's target when it is complete, so that a failure changes
+// neither the link nor the target.
+ErrorCode copyThroughLink(const Source& source, const NativePath& to)
+{
+    const FileDescriptor target = to.open(O_WRONLY | O_NONBLOCK | O_NOCTTY);
+    struct stat status = {};
+    if (const ErrorCode code = takeOver(target, status, to, source); code != 0)
+        return code;
+    std::string path(PATH_MAX, '\0');
+    const std::string opened = "/proc/self/fd/" + std::to_string(target.get());
+    const ssize_t length = ::readlink(opened.c_str(), path.data(), path.size());
+    if (length < 0)
+        return errorCode(errno);
+    path.resize(std::size_t(length));
+    std::string name;
+    FileDescriptor beside = makeBeside(path, status, name);
+    struct stat besideStatus = {};
+    if (!beside.valid() || ::fstat(beside.get(), &besideStatus) != 0)
+        return errorCode(errno);
+    int cause = copyInto(source.file, source.status, std::move(beside), besideStatus,
+                         {AT_FDCWD, name.c_str()});
+    if (cause == 0 && ::rename(name.c_str(), path.c_str()) != 0) {
+        cause = errno;
+        ::unlink(name.c_str());
+    }
+    return cause == 0 ? 0 : errorCode(cause);
 }
 
 // A target that must not exist yet.
-int copyNew(const NativePath& from, const struct stat& status, const NativePath& to)
+int copyNew(const NativePath& from, const NativePath& to)
 {
-    const FileDescriptor source = from.open(O_RDONLY | O_NONBLOCK);
-    if (!source.valid())
+    Source source = {from.open(O_RDONLY | O_NONBLOCK | O_NOFOLLOW)};
+    if (!source.file.valid() || ::fstat(source.file.get(), &source.status) != 0)
         return errno;
-    FileDescriptor target = to.open(O_WRONLY | O_CREAT | O_EXCL, status.st_mode & Permissions);
+    if (!S_ISREG(source.status.st_mode))
+        return EXDEV;
+    FileDescriptor target =
+        to.open(O_WRONLY | O_CREAT | O_EXCL, source.status.st_mode & Permissions);
     struct stat targetStatus = {};
     if (!target.valid() || ::fstat(target.get(), &targetStatus) != 0)
         return errno;
-    return copyInto(source, status, std::move(target), targetStatus, entry(to));
+    return copyInto(source.file, source.status, std::move(target), targetStatus, entry(to));
 }
 
 // Moving a directory there would mean to copy a tree, which a rename does not do.
@@ -85,10 +154,7 @@ int moveAcross(const NativePath& from, const NativePath& to)
     struct stat status = {};
     if (const int cause = from.status(status); cause != 0)
         return cause;
-    if (!S_ISLNK(status.st_mode) && !S_ISREG(status.st_mode))
-        return EXDEV;
-    int cause =
-        S_ISLNK(status.st_mode) ? copyLink(entry(from), entry(to)) : copyNew(from, status, to);
+    int cause = S_ISLNK(status.st_mode) ? copyLink(entry(from), entry(to)) : copyNew(from, to);
     if (cause != 0)
         return cause;
     if (::unlinkat(from.folder(), from.name(), 0) == 0)
@@ -197,28 +263,27 @@ ErrorCode copyFile(const std::string& source, const std::string& target)
 {
     const NativePath from(source);
     const NativePath to(target);
-    const FileDescriptor input = from.open(O_RDONLY | O_NONBLOCK);
-    if (!input.valid())
+    Source input = {from.open(O_RDONLY | O_NONBLOCK)};
+    if (!input.file.valid())
         return from.error(errno);
-    struct stat inputStatus = {};
-    if (::fstat(input.get(), &inputStatus) != 0 || !S_ISREG(inputStatus.st_mode))
+    if (::fstat(input.file.get(), &input.status) != 0 || !S_ISREG(input.status.st_mode))
         return AccessDenied;
-    if (isLockedAgainst(input.get(), FileLock::Shared))
+    if (isLockedAgainst(input.file.get(), FileLock::Shared))
         return SharingViolation;
 
     // First as a new file, so that what is removed after a failure is certainly the copy's own.
-    FileDescriptor output = to.open(O_WRONLY | O_CREAT | O_EXCL, inputStatus.st_mode & Permissions);
-    const bool existed = !output.valid() && errno == EEXIST;
-    if (existed)
-        output = to.open(O_WRONLY | O_NONBLOCK);
+    FileDescriptor output =
+        to.open(O_WRONLY | O_CREAT | O_EXCL, input.status.st_mode & Permissions);
+    if (!output.valid() && errno == EEXIST) {
+        output = to.open(O_WRONLY | O_NONBLOCK | O_NOFOLLOW);
+        return !output.valid() && errno == ELOOP ? copyThroughLink(input, to)
+                                                 : copyOver(input, std::move(output), to);
+    }
     struct stat outputStatus = {};
     if (!output.valid() || ::fstat(output.get(), &outputStatus) != 0)
         return to.error(errno);
-    if (existed) {
-        if (const ErrorCode code = takeOver(output, outputStatus, to, inputStatus); code != 0)
-            return code;
-    }
-    const int cause = copyInto(input, inputStatus, std::move(output), outputStatus, entry(to));
+    const int cause =
+        copyInto(input.file, input.status, std::move(output), outputStatus, entry(to));
     return cause == 0 ? 0 : errorCode(cause);
 }
 
