@@ -502,6 +502,8 @@ TEST_F(FileTest, anotherProcessHoldsAFile)
             << "the other process did not open the file";
         EXPECT_TRUE(File::isLocked(name));
         EXPECT_FALSE(File::concatenate(source, name));
+        EXPECT_FALSE(File::remove(name));
+        EXPECT_FALSE(File::rename(name, path("b")));
         if (MdToolsTest::OpenFilesAreNotShared) {
             EXPECT_EQ(File::open(name, "r"), nullptr);
             EXPECT_EQ(File::open(name, "w"), nullptr);
@@ -538,7 +540,10 @@ TEST_F(FileTest, mayNotWriteThere)
     if (!user.isThere())
         GTEST_SKIP() << "Write-protected directories are not known here.";
     EXPECT_FALSE(File::remove(name));
+    EXPECT_FALSE(File::removeEx(path("*")));
     EXPECT_FALSE(File::removeByWildCard(m_directory, "*", false));
+    EXPECT_FALSE(File::removeDirectoryRecursively(m_directory));
+    EXPECT_FALSE(Directory::copy(m_directory, path("copy")));
     EXPECT_FALSE(File::copy(name, path("b")));
     EXPECT_FALSE(File::rename(name, path("b")));
     EXPECT_FALSE(File::concatenate(name, path("b")));

@@ -16,7 +16,6 @@ namespace Tools::Platform {
 
 namespace {
 
-constexpr mode_t FileMode = 0666;
 constexpr mode_t DirectoryMode = 0777;
 constexpr mode_t Permissions = 0777;
 
@@ -250,6 +249,9 @@ ErrorCode removeFile(const std::string& path)
         !S_ISLNK(status.st_mode) && isWriteProtected(native.folder(), native.name(), status);
     if (S_ISDIR(status.st_mode) || isProtected)
         return AccessDenied;
+    FileDescriptor hold;
+    if (S_ISREG(status.st_mode) && isInUse(native.folder(), native.name(), hold))
+        return SharingViolation;
     return ::unlinkat(native.folder(), native.name(), 0) == 0 ? 0 : native.error(errno);
 }
 
@@ -291,6 +293,11 @@ ErrorCode renameEntry(const std::string& oldPath, const std::string& newPath)
 {
     const NativePath from(oldPath);
     const NativePath to(newPath);
+    struct stat status = {};
+    FileDescriptor hold;
+    if (from.status(status) == 0 && S_ISREG(status.st_mode) &&
+        isInUse(from.folder(), from.name(), hold))
+        return SharingViolation;
     if (::renameat2(from.folder(), from.name(), to.folder(), to.name(), RENAME_NOREPLACE) == 0)
         return 0;
     int cause = errno;
@@ -303,7 +310,6 @@ ErrorCode renameEntry(const std::string& oldPath, const std::string& newPath)
         return 0;
     if (cause == EINVAL || cause == ENOSYS) {
         // The file system cannot find out in the same step whether the new name is free.
-        struct stat status = {};
         if (to.status(status) == 0)
             return AlreadyExists;
         if (::renameat(from.folder(), from.name(), to.folder(), to.name()) == 0)
@@ -319,8 +325,13 @@ ErrorCode replaceFile(const std::string& source, const std::string& target)
     const NativePath from(source);
     const NativePath to(target);
     struct stat status = {};
-    if (to.status(status) == 0 && isWriteProtected(to.folder(), to.name(), status))
-        return AccessDenied;
+    FileDescriptor hold;
+    if (to.status(status) == 0 && S_ISREG(status.st_mode)) {
+        if (isWriteProtected(to.folder(), to.name(), status))
+            return AccessDenied;
+        if (isInUse(to.folder(), to.name(), hold))
+            return SharingViolation;
+    }
     const int result = ::renameat(from.folder(), from.name(), to.folder(), to.name());
     return result == 0 ? 0 : from.error(errno);
 }
@@ -328,17 +339,15 @@ ErrorCode replaceFile(const std::string& source, const std::string& target)
 std::FILE* openStream(const std::string& path, const std::string& mode)
 {
     const OpenMode wanted = parseMode(mode);
-    FileDescriptor file = NativePath(path).open(wanted.flags, FileMode);
+    const bool reads = (wanted.flags & O_ACCMODE) == O_RDONLY;
     struct stat status = {};
-    if (!file.valid() || ::fstat(file.get(), &status) != 0 || S_ISDIR(status.st_mode))
+    FileDescriptor file = openLocked(NativePath(path), wanted.flags,
+                                     reads ? FileLock::Shared : FileLock::Exclusive, status);
+    if (!file.valid() || S_ISDIR(status.st_mode))
         return nullptr;
-    if (S_ISREG(status.st_mode)) {
-        const bool reads = (wanted.flags & O_ACCMODE) == O_RDONLY;
-        // Contents go only when it is certain that nobody else uses them.
-        if (!lockFile(file.get(), reads ? FileLock::Shared : FileLock::Exclusive) ||
-            (wanted.truncates && ::ftruncate(file.get(), 0) != 0))
-            return nullptr;
-    }
+    // Contents go only when it is certain that nobody else uses them.
+    if (wanted.truncates && S_ISREG(status.st_mode) && ::ftruncate(file.get(), 0) != 0)
+        return nullptr;
     // From here on the stream owns the descriptor, and with it the lock.
     std::FILE* stream = ::fdopen(file.get(), wanted.text.c_str());
     if (stream != nullptr)
