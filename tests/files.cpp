@@ -1,6 +1,8 @@
 #include <mdtools/directory.h>
 #include <mdtools/error.h>
 #include <mdtools/file.h>
+#include <mdtools/file_output.h>
+#include <mdtools/logger.h>
 
 #include "support/child_process.h"
 #include "support/files.h"
@@ -14,6 +16,9 @@
 #include <chrono>
 #include <clocale>
 #include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -188,8 +193,16 @@ TEST_F(FileTest, mindsWriteProtection)
     if (MdToolsTest::ProtectedFilesCannotBeOpened) {
         EXPECT_TRUE(File::isLocked(source));
         EXPECT_FALSE(File::copy(make("other", "new"), source));
+        EXPECT_FALSE(File::concatenate(path("other"), source));
+        for (const char* mode : {"r+", "w", "a", "w+", "a+"})
+            EXPECT_EQ(File::open(source, mode), nullptr) << mode;
+        Tools::FileOutput(source).writeLine("lost");
+        Tools::FileLogger logger("");
+        logger.initialize(source);
+        logger.writeLine("lost");
         EXPECT_EQ(readFile(source), "x");
     }
+    EXPECT_EQ(File::close(File::open(source, "r")), 0);
     EXPECT_TRUE(File::rename(source, target));
     setWriteProtected(target, false);
 }
@@ -488,6 +501,72 @@ TEST_F(FileTest, isLocked)
     }
     EXPECT_EQ(readFile(name), "1");
     EXPECT_FALSE(File::isLocked(name));
+}
+
+// The answers are those of Windows' own run-time library; that of Wine opens files without sharing
+// modes.
+TEST_F(FileTest, filesInUse)
+{
+    using Close = std::function<void()>;
+    const std::string name = path("a");
+    const auto open = [&name](const char* mode) {
+        std::FILE* file = File::open(name, mode);
+        EXPECT_NE(file, nullptr) << mode;
+        return Close([file] { File::close(file); });
+    };
+    const auto logger = [&name] {
+        auto log = std::make_shared<Tools::FileLogger>("");
+        log->initialize(name);
+        return Close([log] { log->release(); });
+    };
+    const auto output = [&name] {
+        auto out = std::make_shared<std::optional<Tools::FileOutput>>(std::in_place, name);
+        return Close([out] { out->reset(); });
+    };
+    struct Case {
+        const char* holder;
+        std::function<Close()> hold;
+        bool canBeRead, canBeCopied, canBeLogged;
+    };
+    const Case cases[] = {
+        {"r", [&] { return open("r"); }, true, true, false},
+        {"w", [&] { return open("w"); }, false, false, false},
+        {"a", [&] { return open("a"); }, false, false, false},
+        {"r+", [&] { return open("r+"); }, false, false, false},
+        {"logger", logger, false, true, true},
+        {"output", output, false, true, true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.holder);
+        make("a", "1\n");
+        const Close close = c.hold();
+        EXPECT_TRUE(File::isLocked(name));
+        EXPECT_FALSE(File::remove(name));
+        EXPECT_FALSE(File::removeEx(name));
+        EXPECT_FALSE(File::removeEx(path("a*")));
+        EXPECT_FALSE(File::removeFiles({name}));
+        EXPECT_FALSE(File::removeByWildCard(m_directory, "a", true));
+        EXPECT_FALSE(File::rename(name, path("b")));
+        EXPECT_TRUE(File::exists(name));
+        if (MdToolsTest::OpenFilesAreNotShared) {
+            EXPECT_FALSE(File::concatenate(make("source"), name));
+            EXPECT_FALSE(File::copy(path("source"), name));
+            for (const char* mode : {"w", "a", "r+"})
+                EXPECT_EQ(File::open(name, mode), nullptr) << mode;
+            std::FILE* reader = File::open(name, "r");
+            EXPECT_EQ(reader != nullptr, c.canBeRead);
+            File::close(reader);
+            EXPECT_EQ(File::copy(name, path("copy")), c.canBeCopied);
+            Tools::FileLogger second("");
+            second.initialize(name);
+            second.writeLine("logged");
+            EXPECT_EQ(MdToolsTest::readText(name).ends_with("logged\n"), c.canBeLogged);
+        }
+        close();
+        EXPECT_FALSE(File::isLocked(name));
+        EXPECT_TRUE(File::rename(name, path("b")));
+        EXPECT_TRUE(File::remove(path("b")));
+    }
 }
 
 TEST_F(FileTest, anotherProcessHoldsAFile)
