@@ -30,7 +30,7 @@ template <class Integer>
 void FileOutput::State::appendInteger(Integer value)
 {
     std::array<char, 24> text{};
-    line.append(text.data(), std::to_chars(text.begin(), text.end(), value).ptr);
+    line.append(text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr);
 }
 
 // No double has more digits than the first number; what is asked for beyond them are zeros, up to
@@ -42,8 +42,8 @@ void FileOutput::State::append(double value)
     std::array<char, MostDigits + 16> text{};
     const unsigned int wanted = std::min(precision, MostWritten);
     const unsigned int digits = std::min(wanted, MostDigits);
-    char* const end = std::to_chars(text.begin(), text.end(), value, std::chars_format::scientific,
-                                    static_cast<int>(digits))
+    char* const end = std::to_chars(text.data(), text.data() + text.size(), value,
+                                    std::chars_format::scientific, static_cast<int>(digits))
                           .ptr;
     char* const exponent = std::find(text.data(), end, 'e');
     line.append(text.data(), exponent);

@@ -309,7 +309,7 @@ TEST_F(FileTest, copiesOntoALink)
 // Files that the system makes up come in pieces, and some in none.
 TEST_F(FileTest, readsToTheEnd)
 {
-    if (!File::exists("/proc/self/environ"))
+    if (MdToolsTest::IsWindows)
         GTEST_SKIP() << "The system makes up no files here.";
     const MdToolsTest::Child child(MdToolsTest::builtProgram("file_child"),
                                    {"r", make("held"), path("ready")},
@@ -359,23 +359,22 @@ TEST_F(FileTest, doesNotWaitForPipes)
 
 TEST_F(FileTest, longestPath)
 {
-    for (std::size_t length = MdToolsTest::LongestPath - 2; length <= MdToolsTest::LongestPath + 2;
-         ++length) {
+    // Where a call takes no more there is a way to longer ones on Linux only; Wine takes some.
+    const std::size_t last = MdToolsTest::LongestPath + (MdToolsTest::IsWindows ? 0 : 2);
+    for (std::size_t length = MdToolsTest::LongestPath - 2; length <= last; ++length) {
         SCOPED_TRACE(length);
-        // On Windows there is no way to a longer one.
-        const bool isThere = !MdToolsTest::IsWindows || length <= MdToolsTest::LongestPath;
         std::string name = m_directory;
         while (length - name.size() > 250) {
             name += "/" + std::string(100, 'd');
             ASSERT_TRUE(Directory::createRecursively(name));
         }
         name += "/" + std::string(length - name.size() - 1, 'f');
-        std::FILE* file = File::open(name, "w");
-        EXPECT_EQ(file != nullptr, isThere);
-        File::close(file);
-        EXPECT_EQ(File::exists(name), isThere);
-        EXPECT_EQ(File::copy(name, path("copy")), isThere);
-        EXPECT_EQ(File::remove(name), isThere);
+        EXPECT_EQ(File::close(File::open(name, "w")), 0);
+        EXPECT_TRUE(File::exists(name));
+        EXPECT_TRUE(File::copy(name, path("copy")));
+        EXPECT_TRUE(File::rename(name, path("moved")));
+        EXPECT_TRUE(File::rename(path("moved"), name));
+        EXPECT_TRUE(File::remove(name));
     }
 }
 
@@ -639,6 +638,7 @@ TEST_F(FileTest, keepsNothingOpen)
     make("a", "1");
     const int before = MdToolsTest::countHandles();
     std::vector<File::Info> result;
+    std::vector<std::unique_ptr<Directory>> searches;
     for (int i = 0; i < 20; ++i) {
         File::isEmpty(path("a"));
         File::isEqual(path("a"), path("a"));
@@ -648,14 +648,13 @@ TEST_F(FileTest, keepsNothingOpen)
         File::open(m_directory, "r");
         File::findByWildCard(m_directory, "*", result, true);
         File::removeEx(path("?b*"));
-        Directory search;
+        // A search that found its last name holds nothing either.
+        Directory& search = *searches.emplace_back(std::make_unique<Directory>());
         std::string name;
         search.start(path("*"), name);
         search.start(path("*"), name);
-        const int open = MdToolsTest::countHandles();
         while (search.find(name)) {
         }
-        EXPECT_LT(MdToolsTest::countHandles(), open);
         Directory::copy(m_directory, path("copy"), {}, {});
         Directory::removeRecursively(path("copy"));
     }
