@@ -1,7 +1,6 @@
 #include <mdtools/logger.h>
 
-#include <mdtools/file.h>
-
+#include "platform/filesystem.h"
 #include "platform/open_file.h"
 
 #include <array>
@@ -14,6 +13,10 @@ struct FileLogger::State {
     Platform::OutputFile file;
     // Once the file has been opened; release() does not change that.
     bool isReady = false;
+    // The file may end inside of a line: of a program that was killed, or one that found no room.
+    bool mayBeTorn = false;
+
+    void write(const char* text, std::size_t size);
 };
 
 FileLogger::FileLogger(const std::string& path) : m_state(std::make_unique<State>())
@@ -23,11 +26,23 @@ FileLogger::FileLogger(const std::string& path) : m_state(std::make_unique<State
 
 FileLogger::~FileLogger() = default;
 
+// A torn line gets its end in the same write, so that no other line comes between. Nothing is cut
+// off instead: others may have written since.
+void FileLogger::State::write(const char* text, std::size_t size)
+{
+    if (mayBeTorn && file.endsInsideLine()) {
+        const std::string whole = '\n' + std::string(text, size);
+        mayBeTorn = !file.writeText(whole.data(), whole.size());
+    } else {
+        mayBeTorn = !file.writeText(text, size);
+    }
+}
+
 void FileLogger::initialize()
 {
-    if (File::exists(m_state->path))
-        cleanUp();
-    open();
+    cleanUp();
+    // Whoever has the old file open shares the fresh one.
+    open(true);
 }
 
 void FileLogger::initialize(const std::string& path)
@@ -35,7 +50,7 @@ void FileLogger::initialize(const std::string& path)
     if (!m_state->path.empty())
         return;
     m_state->path = path;
-    open();
+    open(false);
 }
 
 void FileLogger::release()
@@ -53,23 +68,32 @@ void FileLogger::writeLine(const std::string& line)
     if (line.size() < shortText.size()) {
         std::memcpy(shortText.data(), line.data(), line.size());
         shortText[line.size()] = '\n';
-        m_state->file.writeText(shortText.data(), line.size() + 1);
+        m_state->write(shortText.data(), line.size() + 1);
     } else {
         const std::string text = line + '\n';
-        m_state->file.writeText(text.data(), text.size());
+        m_state->write(text.data(), text.size());
     }
 }
 
-void FileLogger::open()
+void FileLogger::open(bool isFresh)
 {
-    if (m_state->file.open(m_state->path, Platform::OutputFile::Sharing::All))
-        m_state->isReady = true;
+    using Output = Platform::OutputFile;
+    const Output::Content content = isFresh ? Output::Content::Discard : Output::Content::Keep;
+    if (!m_state->file.open(m_state->path, Output::Sharing::All, content))
+        return;
+    m_state->isReady = true;
+    m_state->mayBeTorn = true;
 }
 
+// Links and devices stay what they are. A file that somebody has open would keep its name until he
+// closes it, or take his lines along.
 void FileLogger::cleanUp()
 {
     release();
-    File::removeEx(m_state->path);
+    const std::string& path = m_state->path;
+    if (Platform::entryType(path) == Platform::EntryType::File &&
+        Platform::InputFile(path).isOpen() && !Platform::isLocked(path))
+        Platform::removeFile(path);
 }
 
 }

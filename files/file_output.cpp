@@ -11,6 +11,8 @@ namespace Tools {
 
 struct FileOutput::State {
     Platform::OutputFile file;
+    // As in the failed state of a stream nothing is written any more.
+    bool failed = false;
     std::string line;
     unsigned int precision = 16;
 
@@ -28,22 +30,25 @@ template <class Integer>
 void FileOutput::State::appendInteger(Integer value)
 {
     std::array<char, 24> text{};
-    line.append(text.data(), std::to_chars(text.begin(), text.end(), value).ptr);
+    line.append(text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr);
 }
 
-// No double has more digits than this; what is asked for beyond them are zeros.
+// No double has more digits than the first number; what is asked for beyond them are zeros, up to
+// the second one.
 void FileOutput::State::append(double value)
 {
     constexpr unsigned int MostDigits = 1100;
+    constexpr unsigned int MostWritten = 10'000;
     std::array<char, MostDigits + 16> text{};
-    const unsigned int digits = std::min(precision, MostDigits);
-    char* const end = std::to_chars(text.begin(), text.end(), value, std::chars_format::scientific,
-                                    static_cast<int>(digits))
+    const unsigned int wanted = std::min(precision, MostWritten);
+    const unsigned int digits = std::min(wanted, MostDigits);
+    char* const end = std::to_chars(text.data(), text.data() + text.size(), value,
+                                    std::chars_format::scientific, static_cast<int>(digits))
                           .ptr;
     char* const exponent = std::find(text.data(), end, 'e');
     line.append(text.data(), exponent);
     if (exponent != end)
-        line.append(precision - digits, '0');
+        line.append(wanted - digits, '0');
     line.append(exponent, end);
 }
 
@@ -51,8 +56,8 @@ void FileOutput::State::append(double value)
 void FileOutput::State::end()
 {
     line += '\n';
-    if (file.isOpen())
-        file.writeText(line.data(), line.size());
+    if (file.isOpen() && !failed)
+        failed = !file.writeText(line.data(), line.size());
     line.clear();
 }
 

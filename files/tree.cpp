@@ -201,9 +201,13 @@ bool remove(const std::string& path, bool force)
         return Platform::removeLink(name, type) == 0;
     if (type != EntryType::Directory)
         return false;
-    Platform::Folder folder(name);
+    // From here on the name may lead elsewhere at any time: what was opened counts.
+    Platform::Folder folder = Platform::Folder::openItself(name);
+    const Platform::FolderIdentity identity = folder.identity();
     Remover remover(force);
     const bool emptied = folder.valid() && walk(std::move(folder), remover) && remover.succeeded();
+    if (!(Platform::Folder::openItself(name).identity() == identity))
+        return false;
     // Tried in any case; a directory in which something remained is refused by the system.
     return Platform::removeDirectory(name) == 0 && emptied;
 }

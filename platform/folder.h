@@ -24,6 +24,9 @@ public:
     Folder();
     // Through links.
     explicit Folder(const std::string& path);
+    // Not valid if the path names a link. Where folders are known by their paths the name leads to
+    // no other directory as long as this one is open.
+    static Folder openItself(const std::string& path);
     Folder(Folder&& other) noexcept;
     Folder& operator=(Folder&& other) noexcept;
     ~Folder();
@@ -39,7 +42,8 @@ public:
 
     // `model` gives the new directory's permissions; its owner may always use it.
     ErrorCode createChild(const std::string& name, const Folder& model) const;
-    // A write-protected file is removed if `force`.
+    // A file that is write-protected is removed if `force`, and one that somebody has open as well
+    // if the system lets that happen.
     ErrorCode removeFile(const std::string& name, bool force) const;
     // Removes the link itself.
     ErrorCode removeLink(const std::string& name, EntryType type) const;

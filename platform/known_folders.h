@@ -5,8 +5,10 @@
 // What the system knows about the user and its directories, in the system's own form.
 namespace Tools::Platform {
 
-// Where programs keep the user's data, without a final separator; empty if there is none.
+// Where programs keep the user's data, without a final separator; empty if there is none. The first
+// makes it on a new account, where it may be missing; the second only says where it is.
 std::string applicationDataDirectory();
+std::string applicationDataPath();
 
 // Ends with a separator; never empty.
 std::string temporaryDirectory();

@@ -52,18 +52,28 @@ public:
 
     OutputFile() = default;
 
-    // What was open before is closed. False if the system refuses, or if somebody has the file for
-    // himself.
+    // What was open before is closed. False if the system refuses, if the file is write-protected,
+    // or if somebody has it in a way that does not go with `sharing`. What is open cannot be
+    // removed or renamed by this library.
     bool open(const std::string& path, Sharing sharing, Content content = Content::Keep);
 
     // Puts the text after all that has been written by then, in one piece. Line feeds become the
-    // system's line ends. What the disk has no room for is lost.
-    void writeText(const char* text, std::size_t size) const;
+    // system's line ends. False if some of it did not get there: the disk is full, or nobody reads
+    // the pipe. What did get there stays.
+    bool writeText(const char* text, std::size_t size);
+    // The file's last byte, whoever wrote it, is no line end. For a file that cannot be read this
+    // is known only of what was written here.
+    bool endsInsideLine() const;
 
     bool isSame(const InputFile& other) const;
-    // Appends all bytes of `source` to a file that only readers share. If that fails, the file is
-    // cut back to what it held before.
+    // Appends all bytes of `source` to a file that only readers share. If that fails, for want of
+    // memory as well, the file is cut back to what it held before.
     bool append(const InputFile& source) const;
+
+private:
+    bool m_isPlain = false;
+    bool m_canRead = false;
+    bool m_wasTorn = false;
 };
 
 }

@@ -90,7 +90,7 @@ std::string directoryOfAll()
 // Empty if the user has no folder for it.
 std::string userDirectory()
 {
-    const std::string data = Platform::applicationDataDirectory();
+    const std::string data = Platform::applicationDataPath();
     return data.empty() ? data : data + "/Meroda";
 }
 

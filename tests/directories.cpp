@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -220,6 +221,32 @@ TEST_F(DirectoryTest, neverFollowsLinks)
     EXPECT_TRUE(Directory::exists(path("s")));
     EXPECT_TRUE(Directory::removeRecursively(path("s")));
     EXPECT_EQ(readFile(path("outside/precious")), "x");
+}
+
+// However often the root becomes a link while it is removed, nothing behind that is touched.
+TEST_F(DirectoryTest, isNotLedOutOfTheTree)
+{
+    make("outside/precious");
+    if (!makeLink(path("outside"), path("link")))
+        GTEST_SKIP() << "No symbolic links here.";
+    constexpr int Rounds = 300;
+    for (int round = 0; round < Rounds; ++round) {
+        for (const char* name : {"s/a", "s/b", "s/c/precious"})
+            make(name);
+        std::thread exchanger([this] {
+            std::error_code error;
+            std::filesystem::rename(path("s"), path("t"), error);
+            std::filesystem::rename(path("link"), path("s"), error);
+        });
+        Directory::removeRecursively(path("s"));
+        exchanger.join();
+        ASSERT_TRUE(File::exists(path("outside/precious"))) << round;
+        std::error_code error;
+        std::filesystem::remove_all(path("t"), error);
+        std::filesystem::remove_all(path("s"), error);
+        std::filesystem::remove(path("link"), error);
+        ASSERT_TRUE(makeLink(path("outside"), path("link")));
+    }
 }
 
 TEST_F(DirectoryTest, manyFiles)

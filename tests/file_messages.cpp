@@ -10,8 +10,25 @@
 
 #include <algorithm>
 #include <functional>
+#include <new>
 #include <string>
 #include <vector>
+
+namespace {
+
+// False while the system has no memory for large blocks.
+bool s_hasMemory = true;
+
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
+{
+    try {
+        return s_hasMemory ? ::operator new[](size) : nullptr;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
 
 namespace {
 
@@ -57,6 +74,29 @@ TEST(FileMessages, filesThatStay)
                 IsEmpty());
     for (const char* name : {"a.bak", "c.bak", "single.txt"})
         MdToolsTest::setWriteProtected(workPath(name), false);
+}
+
+TEST(FileMessages, filesInUse)
+{
+    const std::string name = workPath("used.tmp");
+    std::FILE* file = File::open(name, "w");
+    const std::string shown = Tools::Path::convert(name, false);
+    EXPECT_THAT(messages([] { EXPECT_FALSE(File::removeEx(workPath("used.*"))); }),
+                ElementsAre("Tools::File::removeEx(" + shown + "): ERROR 32l occured.\n"));
+    EXPECT_EQ(File::close(file), 0);
+    EXPECT_TRUE(File::removeEx(workPath("used.*")));
+}
+
+TEST(FileMessages, withoutMemoryNothingIsAppended)
+{
+    writeFile(workPath("source"), std::string(1'000'000, 's'));
+    writeFile(workPath("target"), "precious");
+    s_hasMemory = false;
+    const bool appended = File::concatenate(workPath("source"), workPath("target"));
+    s_hasMemory = true;
+    EXPECT_FALSE(appended);
+    EXPECT_EQ(MdToolsTest::readFile(workPath("target")), "precious");
+    EXPECT_TRUE(File::concatenate(workPath("source"), workPath("target")));
 }
 
 TEST(FileMessages, directoriesThatCannotBeMade)

@@ -1,3 +1,4 @@
+#include <mdtools/file.h>
 #include <mdtools/file_output.h>
 
 #include "support/files.h"
@@ -5,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <functional>
 #include <limits>
 #include <string>
@@ -85,8 +87,80 @@ TEST(FileOutput, linesAreThereAtOnce)
     EXPECT_EQ(content(), "one\ntwo\n");
 }
 
+TEST(FileOutput, linesEndAsThePlatformsDo)
+{
+    FileOutput output(fileName());
+    output.write("a", "b\nc");
+    output.writeLine();
+    output.writeLine("d\r");
+    const std::string expected =
+        MdToolsTest::IsWindows ? "a = \"b\r\nc\" \r\nd\r\r\n" : "a = \"b\nc\" \nd\r\n";
+    EXPECT_EQ(MdToolsTest::readFile(fileName()), expected);
+}
+
+TEST(FileOutput, numbersDoNotDependOnTheLocale)
+{
+    if (!MdToolsTest::setCommaLocale())
+        GTEST_SKIP() << "No locale with a decimal comma is installed.";
+    {
+        FileOutput output(fileName());
+        output.write("x", 1234567.5);
+        output.setPrecision(2000);
+        output.write("y", 0.5);
+        output.writeLine();
+    }
+    std::setlocale(LC_ALL, "C");
+    EXPECT_EQ(content(), "x = 1.2345675000000000e+06 y = 5." + std::string(2000, '0') + "e-01 \n");
+}
+
+// As an output file stream, which does nothing after a write that failed.
+TEST(FileOutput, stopsAfterAFailedWrite)
+{
+    const std::string directory = MdToolsTest::workPath("full");
+    const MdToolsTest::SmallDisk disk(directory, 65536);
+    if (!disk.isThere())
+        GTEST_SKIP() << disk.why();
+    const std::string filler = directory + "/filler";
+    FileOutput output(directory + "/output");
+    output.writeLine("first");
+    MdToolsTest::writeFile(filler, std::string(65536, 'f'));
+    output.writeLine(std::string(10'000, 'x'));
+    const std::string torn = MdToolsTest::readText(directory + "/output");
+    EXPECT_LT(torn.size(), 10'000U);
+    ASSERT_TRUE(Tools::File::remove(filler));
+    output.write("a", 1);
+    output.writeLine();
+    output.writeLine("last");
+    EXPECT_EQ(MdToolsTest::readText(directory + "/output"), torn);
+}
+
+TEST(FileOutput, survivesAPipeWithoutReader)
+{
+    const std::string path = MdToolsTest::workPath("output-pipe");
+    MdToolsTest::NamedPipe pipe(path, MdToolsTest::NamedPipe::Reader::Open);
+    if (!pipe.isThere())
+        GTEST_SKIP() << "Pipes have no names among the files here.";
+    FileOutput output(path);
+    output.writeLine("one");
+    EXPECT_EQ(pipe.read(), "one\n");
+    pipe.close();
+    output.writeLine("two");
+    const MdToolsTest::NamedPipe again(path, MdToolsTest::NamedPipe::Reader::Open);
+    output.writeLine("three");
+    EXPECT_EQ(again.read(), "");
+}
+
 TEST(FileOutput, aHugePrecisionIsZeros)
 {
+    {
+        FileOutput output(fileName());
+        output.setPrecision(std::numeric_limits<unsigned int>::max());
+        output.write("x", 0.5);
+        EXPECT_EQ(output.setPrecision(1), std::numeric_limits<unsigned int>::max());
+        output.write("y", 0.5);
+        output.writeLine();
+    }
+    EXPECT_EQ(content(), "x = 5." + std::string(10'000, '0') + "e-01 y = 5.0e-01 \n");
     FileOutput output(fileName());
     output.setPrecision(5000);
     output.write("x", std::numeric_limits<double>::denorm_min());

@@ -1,6 +1,8 @@
 #include <mdtools/directory.h>
 #include <mdtools/error.h>
 #include <mdtools/file.h>
+#include <mdtools/file_output.h>
+#include <mdtools/logger.h>
 
 #include "support/child_process.h"
 #include "support/files.h"
@@ -14,6 +16,9 @@
 #include <chrono>
 #include <clocale>
 #include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -67,12 +72,17 @@ TEST_F(FileTest, opensWithPointAsDecimalSign)
     EXPECT_EQ(File::open("", "r"), nullptr);
     EXPECT_EQ(std::setlocale(LC_ALL, nullptr), locale);
     for (const char* mode : {"q", "", "r+x", "rbt", "w++", "r, ccs=UTF-8", "r"}) {
+        MdToolsTest::setCommaLocale();
         EXPECT_EQ(File::open(name, mode), nullptr) << mode;
         EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
     }
     EXPECT_EQ(File::open(m_directory, "r"), nullptr);
 
     writeFile(name, "previous contents");
+    for (const char* mode : {"q", "", "wx", "w+xx", "wbt", "a++", "awx", "w, ccs=UTF-8"}) {
+        EXPECT_EQ(File::open(name, mode), nullptr) << mode;
+        EXPECT_EQ(readFile(name), "previous contents") << mode;
+    }
     struct Case {
         const char *mode, *put, *after;
     };
@@ -183,8 +193,16 @@ TEST_F(FileTest, mindsWriteProtection)
     if (MdToolsTest::ProtectedFilesCannotBeOpened) {
         EXPECT_TRUE(File::isLocked(source));
         EXPECT_FALSE(File::copy(make("other", "new"), source));
+        EXPECT_FALSE(File::concatenate(path("other"), source));
+        for (const char* mode : {"r+", "w", "a", "w+", "a+"})
+            EXPECT_EQ(File::open(source, mode), nullptr) << mode;
+        Tools::FileOutput(source).writeLine("lost");
+        Tools::FileLogger logger("");
+        logger.initialize(source);
+        logger.writeLine("lost");
         EXPECT_EQ(readFile(source), "x");
     }
+    EXPECT_EQ(File::close(File::open(source, "r")), 0);
     EXPECT_TRUE(File::rename(source, target));
     setWriteProtected(target, false);
 }
@@ -206,6 +224,35 @@ TEST_F(FileTest, renames)
     EXPECT_TRUE(File::rename(path("b"), path("folder2/b")));
 }
 
+// "." and ".." count in the text, before the system sees it.
+TEST_F(FileTest, resolvesDots)
+{
+    make("f", "1");
+    for (const char* name : {"none/../f", "./f", "f/../f", "none\\./..\\f", "none/../../files/f"})
+        EXPECT_TRUE(File::exists(path(name))) << name;
+    EXPECT_FALSE(File::exists(path("f/../g")));
+    EXPECT_TRUE(File::copy(path("none/../f"), path("./none/../g")));
+    EXPECT_FALSE(File::rename(path("f"), path("./g")));
+    EXPECT_TRUE(File::rename(path("f"), path("none/.././f")));
+    EXPECT_TRUE(File::rename(path("./f"), path("none/../h")));
+    EXPECT_EQ(readFile(path("h")), "1");
+    EXPECT_TRUE(Directory::create(path("new/.")));
+    EXPECT_TRUE(Directory::exists(path("new")));
+    EXPECT_TRUE(Directory::createRecursively(path("new/./a/.")));
+    EXPECT_TRUE(File::rename(path("new/a"), path("new/a/../a")));
+    EXPECT_TRUE(Directory::removeRecursively(path("new/.")));
+    EXPECT_FALSE(Directory::exists(path("new")));
+
+    const std::string before = Directory::getCurrent();
+    ASSERT_TRUE(Directory::create(path("below")));
+    ASSERT_TRUE(Directory::setCurrent(path("below")));
+    EXPECT_TRUE(File::exists("../h"));
+    EXPECT_TRUE(File::rename("../h", "none/../../below/h"));
+    EXPECT_TRUE(File::rename("h", path("below/h")));
+    EXPECT_TRUE(File::exists("./h"));
+    EXPECT_TRUE(Directory::setCurrent(before));
+}
+
 TEST_F(FileTest, movesToAnotherFileSystem)
 {
     const MdToolsTest::SmallDisk disk(path("disk"), 65536);
@@ -225,6 +272,110 @@ TEST_F(FileTest, movesToAnotherFileSystem)
     EXPECT_FALSE(File::rename(make("big", std::string(100'000, 'b')), path("disk/big")));
     EXPECT_FALSE(File::exists(path("disk/big")));
     EXPECT_TRUE(File::exists(path("big")));
+    // What cannot be taken away here is not left there.
+    const std::string name = make("own", "1");
+    const MdToolsTest::OrdinaryUser user;
+    EXPECT_FALSE(File::rename(name, path("disk/own")));
+    EXPECT_TRUE(File::exists(name));
+    EXPECT_FALSE(File::exists(path("disk/own")));
+}
+
+TEST_F(FileTest, copiesOntoALink)
+{
+    const MdToolsTest::SmallDisk disk(path("disk"), 65536);
+    if (!disk.isThere())
+        GTEST_SKIP() << disk.why();
+    make("disk/target", "precious");
+    ASSERT_TRUE(MdToolsTest::makeLink("disk/target", path("link")));
+    EXPECT_FALSE(File::copy(make("source", std::string(70'000, 's')), path("link")));
+    EXPECT_EQ(readFile(path("disk/target")), "precious");
+    EXPECT_FALSE(File::copy(path("disk/target"), path("link")));
+    {
+        const HeldFile held(path("disk/target"));
+        EXPECT_FALSE(File::copy(make("source", "new"), path("link")));
+    }
+    EXPECT_EQ(readFile(path("disk/target")), "precious");
+    EXPECT_TRUE(File::copy(make("source", "new"), path("link")));
+    EXPECT_EQ(readFile(path("disk/target")), "new");
+    EXPECT_TRUE(std::filesystem::is_symlink(path("link")));
+    ASSERT_TRUE(MdToolsTest::makeLink("nowhere", path("dangling")));
+    EXPECT_FALSE(File::copy(path("source"), path("dangling")));
+    EXPECT_TRUE(std::filesystem::is_symlink(path("dangling")));
+    std::vector<File::Info> left;
+    File::findByWildCard(path("disk"), "*", left, false);
+    EXPECT_EQ(left, std::vector{File::Info(path("disk"), "target", File::Info::Type::File)});
+}
+
+// Files that the system makes up come in pieces, and some in none.
+TEST_F(FileTest, readsToTheEnd)
+{
+    if (MdToolsTest::IsWindows)
+        GTEST_SKIP() << "The system makes up no files here.";
+    const MdToolsTest::Child child(MdToolsTest::builtProgram("file_child"),
+                                   {"r", make("held"), path("ready")},
+                                   {{"MDTOOLS_LONG", std::string(100'000, 'l')}});
+    ASSERT_TRUE(child.waitUntil([this] { return File::exists(path("ready")); }));
+    const std::string made = "/proc/" + std::to_string(child.processId()) + "/environ";
+    EXPECT_FALSE(File::isEmpty(made));
+    EXPECT_TRUE(File::copy(made, path("copy")));
+    EXPECT_EQ(readFile(path("copy")), readFile(made));
+    EXPECT_GT(readFile(made).size(), 100'000U);
+    EXPECT_TRUE(File::isEqual(made, path("copy")));
+    EXPECT_TRUE(File::isEqual(path("copy"), made));
+    EXPECT_FALSE(File::isEqual(made, make("empty", "")));
+    EXPECT_TRUE(File::concatenate(made, path("empty")));
+    EXPECT_TRUE(File::isEqual(path("empty"), path("copy")));
+    // A page at once, although the size is known.
+    const std::string types = "/sys/kernel/btf/vmlinux";
+    if (File::exists(types)) {
+        EXPECT_TRUE(File::copy(types, path("types")));
+        EXPECT_EQ(std::filesystem::file_size(path("types")), std::filesystem::file_size(types));
+    }
+    const std::string unreadable = "/proc/self/mem";
+    EXPECT_TRUE(File::isEmpty(unreadable));
+    EXPECT_FALSE(File::isEqual(unreadable, unreadable));
+    EXPECT_FALSE(File::copy(unreadable, path("new")));
+    EXPECT_FALSE(File::exists(path("new")));
+    EXPECT_FALSE(File::concatenate(unreadable, path("copy")));
+    EXPECT_EQ(readFile(path("copy")), readFile(made));
+}
+
+TEST_F(FileTest, doesNotWaitForPipes)
+{
+    const std::string name = path("pipe");
+    const MdToolsTest::NamedPipe pipe(name, MdToolsTest::NamedPipe::Reader::None);
+    if (!pipe.isThere())
+        GTEST_SKIP() << "Pipes have no names among the files here.";
+    EXPECT_TRUE(File::isEmpty(name));
+    EXPECT_FALSE(File::isEqual(name, name));
+    EXPECT_FALSE(File::isLocked(name));
+    EXPECT_FALSE(File::copy(name, path("new")));
+    EXPECT_FALSE(File::copy(make("a"), name));
+    EXPECT_FALSE(File::concatenate(name, path("a")));
+    EXPECT_FALSE(File::concatenate(path("a"), name));
+    EXPECT_TRUE(File::rename(name, path("pipe2")));
+    EXPECT_TRUE(File::remove(path("pipe2")));
+}
+
+TEST_F(FileTest, longestPath)
+{
+    // Where a call takes no more there is a way to longer ones on Linux only; Wine takes some.
+    const std::size_t last = MdToolsTest::LongestPath + (MdToolsTest::IsWindows ? 0 : 2);
+    for (std::size_t length = MdToolsTest::LongestPath - 2; length <= last; ++length) {
+        SCOPED_TRACE(length);
+        std::string name = m_directory;
+        while (length - name.size() > 250) {
+            name += "/" + std::string(100, 'd');
+            ASSERT_TRUE(Directory::createRecursively(name));
+        }
+        name += "/" + std::string(length - name.size() - 1, 'f');
+        EXPECT_EQ(File::close(File::open(name, "w")), 0);
+        EXPECT_TRUE(File::exists(name));
+        EXPECT_TRUE(File::copy(name, path("copy")));
+        EXPECT_TRUE(File::rename(name, path("moved")));
+        EXPECT_TRUE(File::rename(path("moved"), name));
+        EXPECT_TRUE(File::remove(name));
+    }
 }
 
 TEST_F(FileTest, removesByPattern)
@@ -351,6 +502,72 @@ TEST_F(FileTest, isLocked)
     EXPECT_FALSE(File::isLocked(name));
 }
 
+// The answers are those of Windows' own run-time library; that of Wine opens files without sharing
+// modes.
+TEST_F(FileTest, filesInUse)
+{
+    using Close = std::function<void()>;
+    const std::string name = path("a");
+    const auto open = [&name](const char* mode) {
+        std::FILE* file = File::open(name, mode);
+        EXPECT_NE(file, nullptr) << mode;
+        return Close([file] { File::close(file); });
+    };
+    const auto logger = [&name] {
+        auto log = std::make_shared<Tools::FileLogger>("");
+        log->initialize(name);
+        return Close([log] { log->release(); });
+    };
+    const auto output = [&name] {
+        auto out = std::make_shared<std::optional<Tools::FileOutput>>(std::in_place, name);
+        return Close([out] { out->reset(); });
+    };
+    struct Case {
+        const char* holder;
+        std::function<Close()> hold;
+        bool canBeRead, canBeCopied, canBeLogged;
+    };
+    const Case cases[] = {
+        {"r", [&] { return open("r"); }, true, true, false},
+        {"w", [&] { return open("w"); }, false, false, false},
+        {"a", [&] { return open("a"); }, false, false, false},
+        {"r+", [&] { return open("r+"); }, false, false, false},
+        {"logger", logger, false, true, true},
+        {"output", output, false, true, true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.holder);
+        make("a", "1\n");
+        const Close close = c.hold();
+        EXPECT_TRUE(File::isLocked(name));
+        EXPECT_FALSE(File::remove(name));
+        EXPECT_FALSE(File::removeEx(name));
+        EXPECT_FALSE(File::removeEx(path("a*")));
+        EXPECT_FALSE(File::removeFiles({name}));
+        EXPECT_FALSE(File::removeByWildCard(m_directory, "a", true));
+        EXPECT_FALSE(File::rename(name, path("b")));
+        EXPECT_TRUE(File::exists(name));
+        if (MdToolsTest::OpenFilesAreNotShared) {
+            EXPECT_FALSE(File::concatenate(make("source"), name));
+            EXPECT_FALSE(File::copy(path("source"), name));
+            for (const char* mode : {"w", "a", "r+"})
+                EXPECT_EQ(File::open(name, mode), nullptr) << mode;
+            std::FILE* reader = File::open(name, "r");
+            EXPECT_EQ(reader != nullptr, c.canBeRead);
+            File::close(reader);
+            EXPECT_EQ(File::copy(name, path("copy")), c.canBeCopied);
+            Tools::FileLogger second("");
+            second.initialize(name);
+            second.writeLine("logged");
+            EXPECT_EQ(MdToolsTest::readText(name).ends_with("logged\n"), c.canBeLogged);
+        }
+        close();
+        EXPECT_FALSE(File::isLocked(name));
+        EXPECT_TRUE(File::rename(name, path("b")));
+        EXPECT_TRUE(File::remove(path("b")));
+    }
+}
+
 TEST_F(FileTest, anotherProcessHoldsAFile)
 {
     const std::string name = make("a", "1");
@@ -363,6 +580,8 @@ TEST_F(FileTest, anotherProcessHoldsAFile)
             << "the other process did not open the file";
         EXPECT_TRUE(File::isLocked(name));
         EXPECT_FALSE(File::concatenate(source, name));
+        EXPECT_FALSE(File::remove(name));
+        EXPECT_FALSE(File::rename(name, path("b")));
         if (MdToolsTest::OpenFilesAreNotShared) {
             EXPECT_EQ(File::open(name, "r"), nullptr);
             EXPECT_EQ(File::open(name, "w"), nullptr);
@@ -399,7 +618,10 @@ TEST_F(FileTest, mayNotWriteThere)
     if (!user.isThere())
         GTEST_SKIP() << "Write-protected directories are not known here.";
     EXPECT_FALSE(File::remove(name));
+    EXPECT_FALSE(File::removeEx(path("*")));
     EXPECT_FALSE(File::removeByWildCard(m_directory, "*", false));
+    EXPECT_FALSE(File::removeDirectoryRecursively(m_directory));
+    EXPECT_FALSE(Directory::copy(m_directory, path("copy")));
     EXPECT_FALSE(File::copy(name, path("b")));
     EXPECT_FALSE(File::rename(name, path("b")));
     EXPECT_FALSE(File::concatenate(name, path("b")));
@@ -416,6 +638,7 @@ TEST_F(FileTest, keepsNothingOpen)
     make("a", "1");
     const int before = MdToolsTest::countHandles();
     std::vector<File::Info> result;
+    std::vector<std::unique_ptr<Directory>> searches;
     for (int i = 0; i < 20; ++i) {
         File::isEmpty(path("a"));
         File::isEqual(path("a"), path("a"));
@@ -425,10 +648,13 @@ TEST_F(FileTest, keepsNothingOpen)
         File::open(m_directory, "r");
         File::findByWildCard(m_directory, "*", result, true);
         File::removeEx(path("?b*"));
-        Directory search;
+        // A search that found its last name holds nothing either.
+        Directory& search = *searches.emplace_back(std::make_unique<Directory>());
         std::string name;
         search.start(path("*"), name);
         search.start(path("*"), name);
+        while (search.find(name)) {
+        }
         Directory::copy(m_directory, path("copy"), {}, {});
         Directory::removeRecursively(path("copy"));
     }

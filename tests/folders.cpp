@@ -3,13 +3,16 @@
 #include <mdtools/directory.h>
 #include <mdtools/environment.h>
 #include <mdtools/file.h>
+#include <mdtools/logger.h>
 
+#include "support/child_process.h"
 #include "support/files.h"
 #include "support/shared_value.h"
 #include "support/test_environment.h"
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <set>
 #include <string>
 
@@ -79,6 +82,42 @@ TEST(Folders, user)
     EXPECT_TRUE(directory.ends_with("/Meroda") || directory.ends_with("\\Meroda")) << directory;
     EXPECT_EQ(getUserDirectory(), directory);
     EXPECT_NE(getUserName(), "");
+}
+
+TEST(Folders, readingSettingsMakesNone)
+{
+    if (MdToolsTest::IsWindows)
+        GTEST_SKIP() << "The system makes the directory with the account.";
+    const std::string home = workPath("new account");
+    const MdToolsTest::ChildResult result = MdToolsTest::runChild(
+        MdToolsTest::builtProgram("settings_child"),
+        {"read", std::to_string(Registry::CurrentUser), "Software", "x"},
+        {{"XDG_CONFIG_HOME", home + "/config"}, {"MDTOOLS_REGISTRY_DIR", ""}});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.output, "invalid\n");
+    EXPECT_FALSE(Directory::exists(home));
+}
+
+// Whatever the user's mask allows, a temporary file is his alone.
+TEST(Folders, temporaryFilesArePrivate)
+{
+    if (MdToolsTest::IsWindows)
+        GTEST_SKIP() << "Files have no permissions of this kind.";
+    const unsigned before = MdToolsTest::setFileMask(0);
+    const std::string name = getTempFilePath();
+    const std::string log = workPath("mask.log");
+    FileLogger(log).initialize();
+    File::close(File::open(workPath("mask.txt"), "w"));
+    MdToolsTest::setFileMask(before);
+    using std::filesystem::perms;
+    const auto permissions = [](const std::string& path) {
+        return std::filesystem::status(path).permissions();
+    };
+    EXPECT_EQ(permissions(name), perms::owner_read | perms::owner_write);
+    const perms forAll = perms(0666);
+    EXPECT_EQ(permissions(log), forAll);
+    EXPECT_EQ(permissions(workPath("mask.txt")), forAll);
+    EXPECT_TRUE(File::remove(name));
 }
 
 TEST(Folders, userByTheEarlierRule)

@@ -116,17 +116,121 @@ TEST(FileLogger, staysSilentWhereItCannotWrite)
     EXPECT_EQ(readFile(heldPath), "");
 }
 
-// A child that lives on does not keep the file from being removed.
+// A program that lives on does not keep the file from being removed.
 TEST(FileLogger, isNotInherited)
 {
     const std::string path = newPath("own.log");
+    const std::string started = newPath("started.log");
     FileLogger logger(path);
     logger.initialize();
-    Child child(builtProgram("log_client"), {"sleep", "", ""});
-    ASSERT_TRUE(child.isRunning());
+    Child child(builtProgram("log_client"), {"hold", started, "1"});
+    ASSERT_TRUE(child.waitUntil([&] { return readLines(started).size() == 1; }));
     logger.release();
+    EXPECT_FALSE(File::isLocked(path));
     EXPECT_TRUE(File::remove(path));
+    EXPECT_FALSE(File::remove(started));
     child.kill();
+}
+
+// What a killed program left gets its end; nothing is cut off.
+TEST(FileLogger, endsTornLines)
+{
+    struct Case {
+        const char *before, *after;
+    };
+    static const Case cases[] = {
+        {"", "a\nb\n"},
+        {"torn", "torn\na\nb\n"},
+        {"whole\n", "whole\na\nb\n"},
+        {"whole\ntorn\r", "whole\ntorn\r\na\nb\n"},
+    };
+    const std::string path = newPath("torn.log");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.before);
+        writeFile(path, inTextMode(c.before));
+        FileLogger logger("");
+        logger.initialize(path);
+        EXPECT_EQ(readFile(path), inTextMode(c.before));
+        logger.writeLine("a");
+        logger.writeLine("b");
+        EXPECT_EQ(readFile(path), inTextMode(c.after));
+    }
+}
+
+TEST(FileLogger, goesOnAfterAFullDisk)
+{
+    const SmallDisk disk(workPath("small"), 65536);
+    if (!disk.isThere())
+        GTEST_SKIP() << disk.why();
+    const std::string path = workPath("small/full.log");
+    FileLogger logger("");
+    logger.initialize(path);
+    logger.writeLine("first");
+    FileLogger other("");
+    other.initialize(path);
+    other.writeLine("second");
+    writeFile(workPath("small/filler"), std::string(65536, 'f'));
+    logger.writeLine(std::string(10'000, 'x'));
+    other.writeLine("finds no room");
+    const std::string torn = readFile(path);
+    ASSERT_TRUE(torn.starts_with("first\nsecond\nxxx"));
+    ASSERT_TRUE(torn.ends_with('x'));
+    EXPECT_TRUE(File::remove(workPath("small/filler")));
+    other.writeLine("third");
+    logger.writeLine("fourth");
+    EXPECT_EQ(readFile(path), torn + "\nthird\nfourth\n");
+}
+
+TEST(FileLogger, survivesAPipeWithoutReader)
+{
+    const std::string path = workPath("log-pipe");
+    NamedPipe pipe(path, NamedPipe::Reader::Open);
+    if (!pipe.isThere())
+        GTEST_SKIP() << "Pipes have no names among the files here.";
+    FileLogger logger(path);
+    logger.initialize(); // a pipe is not removed
+    logger.writeLine("one");
+    EXPECT_EQ(pipe.read(), "one\n");
+    pipe.close();
+    logger.writeLine("lost");
+    const NamedPipe again(path, NamedPipe::Reader::Open);
+    logger.writeLine("two");
+    EXPECT_EQ(again.read(), "two\n");
+    FileLogger late(newPath("no-reader"));
+    const NamedPipe unread(workPath("no-reader"), NamedPipe::Reader::None);
+    late.initialize();
+    late.writeLine("nobody reads");
+}
+
+TEST(FileLogger, beginsAfresh)
+{
+    const std::string path = newPath("fresh.log");
+    writeFile(path, "old");
+    FileLogger other("");
+    other.initialize(path);
+    other.writeLine("another program");
+    FileLogger logger(path);
+    logger.initialize();
+    logger.writeLine("one");
+    other.writeLine("two");
+    EXPECT_EQ(readFile(path), inTextMode("one\ntwo\n"));
+    other.release();
+
+    // Only the file itself is meant.
+    writeFile(workPath("fresh.1"), "stays");
+    FileLogger pattern(workPath("fresh.*"));
+    pattern.initialize();
+    pattern.release();
+    EXPECT_EQ(readFile(workPath("fresh.1")), "stays");
+    EXPECT_EQ(readFile(path), inTextMode("one\ntwo\n"));
+
+    logger.release();
+    if (!makeLink(path, workPath("fresh-link")))
+        GTEST_SKIP() << "No symbolic links here.";
+    FileLogger linked(workPath("fresh-link"));
+    linked.initialize();
+    linked.writeLine("through the link");
+    EXPECT_EQ(readFile(path), "through the link\n");
 }
 
 std::string clientLine(const std::string& tag, int number)
@@ -254,6 +358,32 @@ TEST(LoggerManager, letsASinkLeave)
     EXPECT_THAT(notes, ElementsAre("leaving: x"));
 }
 
+// Logs in its destructor.
+class TalkativeLogger : public FakeLogger {
+public:
+    using FakeLogger::FakeLogger;
+    ~TalkativeLogger() override { LoggerManager::get().writeLine("gone"); }
+};
+
+TEST(LoggerManager, survivesSinksThatLogAtTheirEnd)
+{
+    Texts notes;
+    LoggerManager& manager = LoggerManager::get();
+    manager.add(std::make_shared<TalkativeLogger>("a", notes));
+    manager.add(std::make_shared<FakeLogger>("b", notes));
+    manager.release();
+    EXPECT_THAT(notes, ElementsAre("a released", "b released"));
+    notes.clear();
+    auto talkative = std::make_shared<TalkativeLogger>("a", notes);
+    manager.add(std::make_shared<FakeLogger>("b", notes));
+    manager.add(talkative);
+    const std::weak_ptr<Logger> watched = talkative;
+    manager.remove(std::move(talkative));
+    EXPECT_TRUE(watched.expired());
+    manager.release();
+    EXPECT_THAT(notes, ElementsAre("b: gone", "b released"));
+}
+
 // Destructors of static objects log as well.
 TEST(LoggerManager, worksToTheEndOfTheProcess)
 {
@@ -284,6 +414,32 @@ TEST(LoggerNotifier, passesLinesOn)
     const LoggerNotifier moved = std::move(copy);
     moved.notifyWriteLine("");
     EXPECT_THAT(notes, ElementsAre("a: x", "b: y", "a: y", "b: ", "a: "));
+}
+
+// Detaches itself as soon as it is called.
+class DetachingLogger : public FakeLogger {
+public:
+    using FakeLogger::FakeLogger;
+    void writeLine(const std::string& line) override
+    {
+        FakeLogger::writeLine(line);
+        notifier->detach(this);
+    }
+    LoggerNotifier* notifier = nullptr;
+};
+
+TEST(LoggerNotifier, letsASinkLeave)
+{
+    Texts notes;
+    LoggerNotifier notifier;
+    FakeLogger before("before", notes);
+    DetachingLogger leaving("leaving", notes);
+    leaving.notifier = &notifier;
+    notifier.attach(&before);
+    notifier.attach(&leaving);
+    notifier.notifyWriteLine("x");
+    notifier.notifyWriteLine(std::string("y"));
+    EXPECT_THAT(notes, ElementsAre("before: x", "leaving: x", "before: y"));
 }
 
 // The number in the second of three pieces; -1 if the pieces are not as they should be.

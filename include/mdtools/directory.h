@@ -10,9 +10,10 @@
 namespace Tools {
 
 // Operations on directories, and, as an object, one search in a directory. Names take either kind
-// of slash. A failure is the result, never an exception. Symbolic links and junctions are copied
-// and removed themselves and never entered. Any thread may call the static operations, but the
-// current directory belongs to the whole process; an object serves one thread at a time.
+// of slash; "." and ".." are taken out of the text, as File does. A failure is the result, never an
+// exception. Symbolic links and junctions are copied and removed themselves and never entered. Any
+// thread may call the static operations, but the current directory belongs to the whole process; an
+// object serves one thread at a time.
 class MDTOOLS_API Directory {
 public:
     Directory();
@@ -36,7 +37,8 @@ public:
     // An empty directory, or the link to any.
     static bool remove(const std::string& name);
     // Removes the directory with all that is in it, write-protected files too. If something cannot
-    // be removed the rest is removed nevertheless.
+    // be removed the rest is removed nevertheless. A link that takes the directory's place
+    // meanwhile is neither followed nor removed.
     static bool removeRecursively(const std::string& name);
 
     // Copies a tree into the new directory `target`; fails if that cannot be made or exists.

@@ -11,12 +11,23 @@
 namespace Tools {
 
 // Operations on whole files. Names take either kind of slash; where a Path is taken, its whole path
-// counts, and a Path may be given for any name. A failure is the result (false or null), never an
-// exception. Files are read and written as bytes. Any thread may call.
+// counts, and a Path may be given for any name. The names "." and ".." are taken out of the text
+// before the system sees it: "none/../f" is "f", whether there is a "none" or not. A failure is the
+// result (false or null), never an exception. Files are read and written as bytes. Any thread may
+// call.
 //
 // Searches compare names without case, also where the system tells cases apart. In a pattern "*"
-// stands for any run of characters and "?" for exactly one; "*.*" matches every name. Symbolic
-// links and junctions are found and removed themselves; nothing is looked for through them.
+// stands for any run of characters and "?" for exactly one; "*.*" matches every name. Where no
+// pattern is asked for, wildcards are plain characters, and so they are in the name of a directory.
+//
+// Symbolic links and junctions are found, renamed and removed themselves, and no search or removal
+// of a tree goes through one. Whatever looks at or changes contents uses what a link leads to.
+//
+// A file that this library holds open, as open(), FileOutput and FileLogger do, is in use: nobody
+// can rename it, remove it by its name or by a pattern, copy over it or append to it. On Linux only
+// this library minds that, in all programs, as well as locks of other programs on the first two
+// bytes; Directory::removeRecursively() removes such a file there. A file without any write
+// permission is write-protected on Linux, for the administrator, too.
 class MDTOOLS_API File {
 public:
     // One result of a search.
@@ -48,8 +59,8 @@ public:
     // Opens as fopen does, with its modes, and sets the locale of the whole process to "C", so that
     // numbers in files have a decimal point wherever the user lives. Null if the name is empty (the
     // locale stays), the mode is none, or the system refuses. While a file is open for writing
-    // nobody else can open it, and while it is open for reading nobody can write it; on Linux only
-    // this library minds. Child processes do not inherit the file.
+    // nobody else can open it, and while it is open for reading nobody can write it; so a log that
+    // is being written cannot be opened here at all. Child processes do not inherit the file.
     static std::FILE* open(const std::string& name, const std::string& mode);
     static std::FILE* open(const Path& name, const std::string& mode);
     // The result of fclose: 0, or EOF if the rest could not be written. 0 for null, too.
@@ -73,16 +84,20 @@ public:
     static bool isLocked(const std::string& name);
 
     // Overwrites the target, unless that is write-protected, open elsewhere or the source itself.
-    // The second form joins the target from a directory and a file name. The copy has the source's
-    // permissions and modification time. Nothing is left of a copy that fails.
+    // The last form joins the target from a directory and a file name. The copy has the source's
+    // permissions and modification time. Nothing is left of a copy that fails. Of a link the copy
+    // has what it leads to; a target that is a link stays one, and on Linux the file behind it is
+    // replaced in one step, so that a copy that fails leaves both as they were. That takes the
+    // right to make files in the directory of the file.
     static bool copy(const std::string& source, const std::string& target);
     static bool copy(const Path& source, const Path& target);
     static bool copy(const std::string& source, const std::string& directory,
                      const std::string& file);
 
     // Renames or moves a file or directory; never overwrites. The new name is a whole path,
-    // relative to the current directory as any other, not to the old name's directory. A file goes
-    // to another drive or file system as well.
+    // relative to the current directory as any other, not to the old name's directory; another
+    // spelling of the old name is one that it has already, and succeeds. A file goes to another
+    // drive or file system as well.
     static bool rename(const std::string& oldName, const std::string& newName);
     static bool rename(const Path& oldName, const Path& newName);
 
@@ -116,8 +131,8 @@ public:
 
     // Appends the bytes of `source` to `target`, which is made if it is missing. While one process
     // appends to a file another one is refused, and a file is not appended to itself: then nothing
-    // happens. If the disk fills up, the target keeps what it held before. True if all was
-    // appended.
+    // happens. If the disk fills up or memory runs out, the target keeps what it held before.
+    // True if all was appended.
     static bool concatenate(const std::string& source, const std::string& target);
 
     // Components as Path has them, with slashes: the directory with its location, without the final

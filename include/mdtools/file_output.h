@@ -14,9 +14,11 @@ namespace Tools {
 // items belong in one line. Lines end as the platform's text files do; numbers never depend on the
 // locale.
 //
-// Nothing that fails is reported: a file that could not be opened takes lines and loses them. An
-// object made without a path does nothing at all. Null texts are empty. An object belongs to one
-// thread at a time.
+// Nothing that fails is reported: a file that could not be opened takes lines and loses them, and
+// after a line that could not be written, on a full disk for instance, nothing is written any more.
+// A pipe that nobody reads is a failure like any other. Other programs may read the file and append
+// to it meanwhile, but nobody can remove or rename it by File. An object made without a path does
+// nothing at all. Null texts are empty. An object belongs to one thread at a time.
 class MDTOOLS_API FileOutput {
 public:
     // Opens the file for writing; what it held is gone.
@@ -28,7 +30,8 @@ public:
     // Items that no writeLine() has ended are lost.
     ~FileOutput();
 
-    // Digits after the point of reals, 16 at first. Returns the previous number.
+    // Digits after the point of reals, 16 at first; more than 10,000 are never written. Returns the
+    // previous number.
     unsigned int setPrecision(unsigned int digits);
 
     // label = "text"; a quote in the text is written as it is.

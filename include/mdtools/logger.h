@@ -34,9 +34,12 @@ protected:
 // Appends lines to a text file. A line and its end ("\r\n" on Windows, where line feeds inside the
 // text become "\r\n" as well) go to the system in one write before the call returns, so a program
 // that is killed loses no line, and lines of several programs that write the same file do not mix.
-// Others may read and write the file while it is open; child processes do not inherit it.
+// Others may read and write the file while it is open, but cannot remove or rename it by File;
+// child processes do not inherit it.
 //
-// A logger whose file cannot be opened stays silent.
+// If the file ends inside of a line when it is opened, or after a line for which the disk had no
+// room, the next line is written with a line end before it; nothing is cut off. A logger whose file
+// cannot be opened stays silent, and a pipe that nobody reads loses the lines.
 class MDTOOLS_API FileLogger : public Logger {
 public:
     // Opens nothing yet.
@@ -46,7 +49,9 @@ public:
     // Closes the file.
     ~FileLogger() override;
 
-    // Starts a fresh log: a file that is there already is removed. May be called again.
+    // Starts a fresh log: a file that is there already is removed or, if it is a link or somebody
+    // has it open, emptied, so that all loggers of a file go on in the same one. Devices and pipes
+    // stay. May be called again.
     void initialize();
     // Takes over the path and opens the file, keeping what it holds - but only if the logger has no
     // path yet. One constructed with a path ignores the call and stays closed.
@@ -57,7 +62,7 @@ public:
     void writeLine(const std::string& line) override;
 
 private:
-    void open();
+    void open(bool isFresh);
     void cleanUp();
 
     struct State;

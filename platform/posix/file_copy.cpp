@@ -2,8 +2,11 @@
 
 #include "platform/posix/retry.h"
 
+#include <algorithm>
 #include <array>
 #include <climits>
+#include <csignal>
+#include <ctime>
 #include <linux/fs.h>
 #include <string>
 #include <sys/ioctl.h>
@@ -18,18 +21,21 @@ constexpr off_t SmallFile = 256L * 1024;
 constexpr std::size_t BlockSize = std::size_t{64} * 1024;
 constexpr std::size_t RangeSize = std::size_t{1} << 30;
 
-// `size` is what the system says; files that it makes up on reading have 0 and nevertheless
-// contents. With them alone only an empty read is the end.
+// `size` is what is expected from here on. A short read alone is not the end: files that the system
+// makes up come in pieces, and many have size 0 and nevertheless contents. Beyond the size a short
+// read ends them, before it, and where it is 0, an empty one.
 int copyByBlocks(int source, int target, off_t size)
 {
     std::array<char, BlockSize> block; // NOLINT(*-member-init): filled by read()
+    off_t done = 0;
     while (true) {
         const ssize_t count =
             retryInterrupted([&] { return ::read(source, block.data(), block.size()); });
         if (count == 0)
             return 0;
         const int cause = count < 0 ? errno : writeAll(target, block.data(), std::size_t(count));
-        if (cause != 0 || (size > 0 && std::size_t(count) < block.size()))
+        done += count;
+        if (cause != 0 || (size > 0 && done >= size && std::size_t(count) < block.size()))
             return cause;
     }
 }
@@ -40,15 +46,15 @@ int copyBySystem(int source, int target, off_t size)
 {
     if (::ioctl(target, FICLONE, source) == 0)
         return 0;
+    off_t done = 0;
     while (true) {
         const ssize_t count = retryInterrupted(
             [&] { return ::copy_file_range(source, nullptr, target, nullptr, RangeSize, 0); });
-        if (count == 0)
-            return copyByBlocks(source, target, size);
         if (count < 0 && (errno == ENOSPC || errno == EDQUOT || errno == EFBIG))
             return errno;
-        if (count < 0)
-            return copyByBlocks(source, target, size);
+        if (count <= 0)
+            return copyByBlocks(source, target, std::max<off_t>(size - done, 0));
+        done += count;
     }
 }
 
@@ -96,14 +102,40 @@ int copyLink(FolderEntry source, FolderEntry target)
 
 int writeAll(int target, const char* bytes, std::size_t size)
 {
-    while (size > 0) {
-        const ssize_t count = retryInterrupted([&] { return ::write(target, bytes, size); });
+    std::size_t written = 0;
+    return writeAll(target, bytes, size, written);
+}
+
+int writeAll(int target, const char* bytes, std::size_t size, std::size_t& written)
+{
+    written = 0;
+    while (written < size) {
+        const ssize_t count =
+            retryInterrupted([&] { return ::write(target, bytes + written, size - written); });
         if (count < 0)
             return errno;
-        bytes += count;
-        size -= std::size_t(count);
+        written += std::size_t(count);
     }
     return 0;
+}
+
+// The signal goes to the thread that writes; one that was pending before is somebody else's.
+int writeToPipe(int target, const char* bytes, std::size_t size, std::size_t& written)
+{
+    sigset_t pipe;
+    sigset_t before;
+    sigset_t pending;
+    sigemptyset(&pipe);
+    sigaddset(&pipe, SIGPIPE);
+    sigpending(&pending);
+    ::pthread_sigmask(SIG_BLOCK, &pipe, &before);
+    const int cause = writeAll(target, bytes, size, written);
+    if (cause == EPIPE && sigismember(&pending, SIGPIPE) == 0) {
+        const struct timespec atOnce = {};
+        retryInterrupted([&] { return ::sigtimedwait(&pipe, nullptr, &atOnce); });
+    }
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return cause;
 }
 
 }

@@ -21,7 +21,10 @@ int copyInto(const FileDescriptor& source, const struct stat& sourceStatus, File
              const struct stat& targetStatus, FolderEntry entry);
 // Makes a link with the same text as another one.
 int copyLink(FolderEntry source, FolderEntry target);
-// Writes all of the bytes.
+// Writes all of the bytes; `written` is what got there.
 int writeAll(int target, const char* bytes, std::size_t size);
+int writeAll(int target, const char* bytes, std::size_t size, std::size_t& written);
+// The same, to a file that may be a pipe: one that nobody reads is a failure and raises no signal.
+int writeToPipe(int target, const char* bytes, std::size_t size, std::size_t& written);
 
 }

@@ -56,6 +56,13 @@ Folder::Folder(const std::string& path)
     : m_state(std::make_unique<State>(NativePath(path).open(ReadFlags)))
 {}
 
+Folder Folder::openItself(const std::string& path)
+{
+    Folder folder;
+    folder.m_state = std::make_unique<State>(NativePath(path).open(ReadFlags | O_NOFOLLOW));
+    return folder;
+}
+
 Folder::Folder(Folder&& other) noexcept = default;
 Folder& Folder::operator=(Folder&& other) noexcept = default;
 Folder::~Folder() = default;
@@ -103,12 +110,15 @@ ErrorCode Folder::removeFile(const std::string& name, bool force) const
 {
     // The kernel asks for the right to change the directory only; the file's own protection is ours
     // to mind.
+    FileDescriptor hold;
     if (!force) {
         struct stat status = {};
         if (::fstatat(m_state->get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
             return errorCode(errno);
         if (isWriteProtected(m_state->get(), name.c_str(), status))
             return AccessDenied;
+        if (S_ISREG(status.st_mode) && isInUse(m_state->get(), name.c_str(), hold))
+            return errorCode(EBUSY);
     }
     return ::unlinkat(m_state->get(), name.c_str(), 0) == 0 ? 0 : errorCode(errno);
 }

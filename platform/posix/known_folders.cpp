@@ -58,6 +58,14 @@ void createForUser(const std::string& path)
 
 std::string applicationDataDirectory()
 {
+    std::string path = applicationDataPath();
+    if (!path.empty())
+        createForUser(path);
+    return path;
+}
+
+std::string applicationDataPath()
+{
     // Relative values are to be ignored.
     std::string path = variable("XDG_CONFIG_HOME");
     if (!path.starts_with('/')) {
@@ -68,9 +76,7 @@ std::string applicationDataDirectory()
             return home;
         path = withoutFinalSeparators(home) + "/.config";
     }
-    path = withoutFinalSeparators(path);
-    createForUser(path);
-    return path;
+    return withoutFinalSeparators(path);
 }
 
 std::string temporaryDirectory()

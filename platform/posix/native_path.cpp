@@ -6,6 +6,7 @@
 #include <climits>
 #include <cstring>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/stat.h>
 
 namespace Tools::Platform {
@@ -58,12 +59,47 @@ void toSlashes(std::string& path)
     }
 }
 
+// The invariant: `result` is the part before `begin` in its final form, `root` what ".." may not
+// take away of it, which grows with each leading "..".
+void resolveDots(std::string& path)
+{
+    if (!path.starts_with('.') && path.find("/.") == std::string::npos)
+        return;
+    std::string result(path, 0, path.starts_with('/') ? 1 : 0);
+    std::size_t root = result.size();
+    for (std::size_t begin = root, end = 0; begin < path.size(); begin = end) {
+        end = std::min(path.find('/', begin), path.size() - 1) + 1;
+        const std::string_view part(path.data() + begin, end - begin);
+        const std::string_view name = part.substr(0, part.find('/'));
+        if (name == "..") {
+            while (result.size() > root && result.back() == '/')
+                result.pop_back();
+            const bool hasName = result.size() > root;
+            while (result.size() > root && result.back() != '/')
+                result.pop_back();
+            if (hasName || result.starts_with('/'))
+                continue;
+        } else if (name == ".") {
+            continue;
+        }
+        result += part;
+        if (name == "..")
+            root = result.size();
+    }
+    // A final dot leaves a separator that the text did not have.
+    if (!path.ends_with('/') && result.size() > 1 && result.ends_with('/'))
+        result.pop_back();
+    path = result.empty() ? "." : std::move(result);
+}
+
 // The invariant of the walk: `rest` is what remains of the text, relative to m_folder, and does not
 // begin with a slash once a folder is open. Each step opens the longest prefix that one call takes.
 NativePath::NativePath(const std::string& path)
     : m_text(path.substr(0, path.find('\0'))), m_name(m_text.data()), m_noFolder(AT_FDCWD)
 {
     toSlashes(m_text);
+    resolveDots(m_text);
+    m_name = m_text.data();
     char* rest = m_text.data();
     char* const end = rest + m_text.size();
     while (end - rest >= PATH_MAX) {
@@ -94,18 +130,45 @@ ErrorCode NativePath::error(int cause) const
     return errorCode(cause);
 }
 
-// Asked only after a failure, so its cost does not matter.
-bool NativePath::hasParent() const
+std::string NativePath::lastName() const
+{
+    std::string name(m_name);
+    while (name.size() > 1 && name.back() == '/')
+        name.pop_back();
+    return name.substr(name.rfind('/') + 1);
+}
+
+// Ends with a slash; empty for a name in the folder itself.
+std::string NativePath::parentName() const
 {
     std::string parent(m_name);
     while (!parent.empty() && parent.back() == '/')
         parent.pop_back();
-    const std::size_t slash = parent.rfind('/');
-    if (slash == std::string::npos)
-        return !parent.empty();
-    parent.resize(slash + 1);
+    parent.resize(parent.rfind('/') + 1);
+    return parent;
+}
+
+// Asked only after a failure, so its cost does not matter.
+bool NativePath::hasParent() const
+{
+    const std::string parent = parentName();
     struct stat status = {};
-    return ::fstatat(folder(), parent.c_str(), &status, 0) == 0;
+    return parent.empty() ? !lastName().empty()
+                          : ::fstatat(folder(), parent.c_str(), &status, 0) == 0;
+}
+
+bool NativePath::isSameName(const NativePath& other) const
+{
+    if (lastName() != other.lastName())
+        return false;
+    const auto lookUp = [](const NativePath& path, struct stat& status) {
+        const std::string parent = path.parentName();
+        return ::fstatat(path.folder(), parent.empty() ? "." : parent.c_str(), &status, 0) == 0;
+    };
+    struct stat own = {};
+    struct stat others = {};
+    return lookUp(*this, own) && lookUp(other, others) && own.st_dev == others.st_dev &&
+           own.st_ino == others.st_ino;
 }
 
 int NativePath::status(struct stat& result) const

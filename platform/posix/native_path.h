@@ -16,8 +16,13 @@ ErrorCode errorCode(int cause);
 // Turns the backslashes of a path into slashes, but not the second bytes of double-byte characters.
 void toSlashes(std::string& path);
 
-// A path as the calls with a directory descriptor take it. A text too long for one call is walked
-// in pieces to a directory near its end.
+// Takes the names "." and ".." out of a path with slashes, by its text alone as Windows does: the
+// name before ".." need not exist, and if it is a link it is not followed. Those at the start of a
+// relative path stay, ".." above the root is the root, and an empty rest is ".".
+void resolveDots(std::string& path);
+
+// A path as the calls with a directory descriptor take it, without "." and "..". A text too long
+// for one call is walked in pieces to a directory near its end.
 class NativePath {
 public:
     explicit NativePath(const std::string& path);
@@ -30,11 +35,15 @@ public:
 
     // The status of the entry itself, not of a link's target; 0 or the cause.
     int status(struct stat& result) const;
+    // Both are the same name in the same directory, however the way there is written.
+    bool isSameName(const NativePath& other) const;
     // Never inherited by child processes.
     FileDescriptor open(int flags, unsigned mode = 0) const;
 
 private:
     bool hasParent() const;
+    std::string lastName() const;
+    std::string parentName() const;
 
     std::string m_text;
     const char* m_name;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <fcntl.h>
 #include <memory>
+#include <new>
 #include <sys/mman.h>
 #include <sys/stat.h>
 
@@ -15,7 +16,6 @@ namespace Tools::Platform {
 
 namespace {
 
-constexpr mode_t FileMode = 0666;
 constexpr std::size_t BlockSize = std::size_t{256} * 1024;
 // So much is mapped at once, which a process has room for however large the file is.
 constexpr std::size_t WindowSize = std::size_t{8} * 1024 * 1024;
@@ -103,28 +103,56 @@ bool InputFile::read(std::uint64_t offset, void* buffer, std::size_t capacity,
 bool OutputFile::open(const std::string& path, Sharing sharing, Content content)
 {
     close();
+    const NativePath native(path);
     // Without O_NONBLOCK a pipe that nobody reads would hold up the program.
-    FileDescriptor file =
-        NativePath(path).open(O_WRONLY | O_APPEND | O_CREAT | O_NOCTTY | O_NONBLOCK, FileMode);
+    constexpr int Flags = O_APPEND | O_CREAT | O_NOCTTY | O_NONBLOCK;
+    struct stat status = {};
+    // A shared lock takes the right to read, with which a pipe would be read by its writer.
+    m_canRead =
+        sharing == Sharing::All &&
+        (::fstatat(native.folder(), native.name(), &status, 0) != 0 || S_ISREG(status.st_mode));
+    const FileLock lock = sharing == Sharing::All ? FileLock::Appending : FileLock::Exclusive;
+    FileDescriptor file;
+    if (m_canRead)
+        file = openLocked(native, O_RDWR | Flags, lock, status);
+    if (!file.valid() && (!m_canRead || errno == EACCES)) {
+        m_canRead = false;
+        file = openLocked(native, O_WRONLY | Flags, lock, status);
+    }
     if (!file.valid())
         return false;
-    struct stat status = {};
-    // A lock taken by one of those that share the file would keep the others out.
-    const bool isFree = sharing == Sharing::All ? !isLockedAgainst(file.get(), FileLock::Exclusive)
-                                                : isPlainFile(file, status) &&
-                                                      lockFile(file.get(), FileLock::Exclusive);
-    if (!isFree)
+    m_isPlain = S_ISREG(status.st_mode);
+    m_wasTorn = false;
+    if (!m_isPlain && (sharing == Sharing::Readers || m_canRead))
         return false;
-    if (content == Content::Discard && ::ftruncate(file.get(), 0) != 0 && errno != EINVAL)
+    if (content == Content::Discard && m_isPlain && ::ftruncate(file.get(), 0) != 0)
         return false;
     ::fcntl(file.get(), F_SETFL, O_APPEND);
     m_handle = file.release();
     return true;
 }
 
-void OutputFile::writeText(const char* text, std::size_t size) const
+bool OutputFile::writeText(const char* text, std::size_t size)
 {
-    writeAll(descriptor(m_handle), text, size);
+    std::size_t written = 0;
+    const int cause = m_isPlain ? writeAll(descriptor(m_handle), text, size, written)
+                                : writeToPipe(descriptor(m_handle), text, size, written);
+    if (written > 0)
+        m_wasTorn = text[written - 1] != '\n';
+    return cause == 0;
+}
+
+bool OutputFile::endsInsideLine() const
+{
+    struct stat status = {};
+    char last = '\n';
+    if (!m_isPlain || !m_canRead || ::fstat(descriptor(m_handle), &status) != 0)
+        return m_wasTorn;
+    if (status.st_size == 0)
+        return false;
+    const ssize_t count = retryInterrupted(
+        [&] { return ::pread(descriptor(m_handle), &last, 1, status.st_size - 1); });
+    return count < 0 ? m_wasTorn : count == 1 && last != '\n';
 }
 
 bool OutputFile::isSame(const InputFile& other) const
@@ -144,8 +172,11 @@ bool OutputFile::append(const InputFile& source) const
     if (::fstat(target, &status) != 0)
         return false;
     const auto start = std::uint64_t(status.st_size);
+    // Before the file grows: without memory it stays as it is.
+    const std::unique_ptr<char[]> block(new (std::nothrow) char[BlockSize]);
+    if (block == nullptr)
+        return false;
     std::uint64_t done = writeMapped(target, descriptor(source.m_handle), source.size());
-    const std::unique_ptr<char[]> block(new char[BlockSize]);
     std::size_t count = 0;
     do {
         if (!source.read(done, block.get(), BlockSize, count) ||

@@ -148,9 +148,18 @@ ErrorCode replaceFile(const std::string& source, const std::string& target)
 
 std::FILE* openStream(const std::string& path, const std::string& mode)
 {
+    const std::string name = nativePath(path);
+    std::string known = mode;
+    // Older run-time libraries do not know "x", or empty the file that is there.
+    if (std::erase(known, 'x') > 0) {
+        const FileHandle made(::CreateFileA(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                            FILE_ATTRIBUTE_NORMAL, nullptr));
+        if (!made.valid())
+            return nullptr;
+    }
     std::FILE* stream = nullptr;
     // "N": child processes do not inherit it.
-    if (::fopen_s(&stream, nativePath(path).c_str(), (mode + "N").c_str()) != 0)
+    if (::fopen_s(&stream, name.c_str(), (known + "N").c_str()) != 0)
         return nullptr;
     return stream;
 }

@@ -9,6 +9,8 @@ namespace Tools::Platform {
 // path, with a final backslash.
 struct Folder::State {
     std::string path;
+    // Nobody can rename or remove a directory that is open in this way.
+    std::unique_ptr<FileHandle> hold;
 };
 
 Folder::Folder() = default;
@@ -21,7 +23,21 @@ Folder::Folder(const std::string& path)
     // "C:" is the current directory of that drive, and "C:\" another one.
     if (findLastBackslash(text) != text.size() - 1 && !text.ends_with(':'))
         text += '\\';
-    m_state.reset(new State{std::move(text)});
+    m_state.reset(new State{std::move(text), nullptr});
+}
+
+Folder Folder::openItself(const std::string& path)
+{
+    std::string name = nativePath(path);
+    auto hold = std::make_unique<FileHandle>(::CreateFileA(
+        name.c_str(), FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+        OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    if (!hold->valid() || Platform::entryType(path) != EntryType::Directory)
+        return {};
+    Folder folder(path);
+    if (folder.valid())
+        folder.m_state->hold = std::move(hold);
+    return folder;
 }
 
 Folder::Folder(Folder&& other) noexcept = default;
@@ -53,7 +69,7 @@ Folder Folder::openChild(const std::string& name) const
     Folder child;
     std::string path = m_state->path + name;
     if (Platform::entryType(path) == EntryType::Directory)
-        child.m_state.reset(new State{std::move(path += '\\')});
+        child.m_state.reset(new State{std::move(path += '\\'), nullptr});
     return child;
 }
 
@@ -63,7 +79,7 @@ Folder Folder::openParent() const
     const std::string& path = m_state->path;
     const std::size_t end = findLastBackslash(path.substr(0, path.size() - 1));
     if (end != std::string::npos)
-        parent.m_state.reset(new State{path.substr(0, end + 1)});
+        parent.m_state.reset(new State{path.substr(0, end + 1), nullptr});
     return parent;
 }
 

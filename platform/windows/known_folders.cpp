@@ -20,6 +20,12 @@ std::string applicationDataDirectory()
     return SUCCEEDED(result) ? std::string(path.data()) : std::string();
 }
 
+// The system makes it with the account.
+std::string applicationDataPath()
+{
+    return applicationDataDirectory();
+}
+
 std::string temporaryDirectory()
 {
     std::array<char, BufferSize> path = {};

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
 #include <string_view>
 
 #include <windows.h>
@@ -108,13 +109,21 @@ bool OutputFile::open(const std::string& path, Sharing sharing, Content content)
     const DWORD creation = content == Content::Keep ? OPEN_ALWAYS : CREATE_ALWAYS;
     // The right to append alone makes the system itself put each write at the end. Nobody may
     // delete the file meanwhile: what is written then would vanish.
-    m_handle = sharing == Sharing::All ? openHandle(path, FILE_APPEND_DATA | SYNCHRONIZE,
-                                                    FILE_SHARE_READ | FILE_SHARE_WRITE, creation)
-                                       : openHandle(path, GENERIC_WRITE, FILE_SHARE_READ, creation);
+    constexpr DWORD Append = FILE_APPEND_DATA | SYNCHRONIZE;
+    constexpr DWORD Shared = FILE_SHARE_READ | FILE_SHARE_WRITE;
+    m_wasTorn = false;
+    m_canRead = sharing == Sharing::All;
+    m_handle = m_canRead ? openHandle(path, Append | FILE_READ_DATA, Shared, creation)
+                         : openHandle(path, GENERIC_WRITE, FILE_SHARE_READ, creation);
+    if (!isOpen() && m_canRead) {
+        m_canRead = false;
+        m_handle = openHandle(path, Append, Shared, creation);
+    }
+    m_isPlain = isOpen() && ::GetFileType(handle(m_handle)) == FILE_TYPE_DISK;
     return isOpen();
 }
 
-void OutputFile::writeText(const char* text, std::size_t size) const
+bool OutputFile::writeText(const char* text, std::size_t size)
 {
     const std::string line = withSystemLineEnds(std::string_view(text, size));
     const char* rest = line.data();
@@ -123,10 +132,26 @@ void OutputFile::writeText(const char* text, std::size_t size) const
         const auto part = static_cast<DWORD>(std::min(count, LargestCall));
         DWORD written = 0;
         if (::WriteFile(handle(m_handle), rest, part, &written, nullptr) == FALSE || written == 0)
-            return;
+            return false;
         rest += written;
         count -= written;
+        m_wasTorn = rest[-1] != '\n';
     }
+    return true;
+}
+
+bool OutputFile::endsInsideLine() const
+{
+    LARGE_INTEGER size = {};
+    if (!m_isPlain || !m_canRead || ::GetFileSizeEx(handle(m_handle), &size) == FALSE)
+        return m_wasTorn;
+    if (size.QuadPart == 0)
+        return false;
+    OVERLAPPED last = position(static_cast<std::uint64_t>(size.QuadPart) - 1);
+    char c = '\n';
+    DWORD count = 0;
+    return ::ReadFile(handle(m_handle), &c, 1, &count, &last) == FALSE ? m_wasTorn
+                                                                       : count == 1 && c != '\n';
 }
 
 bool OutputFile::isSame(const InputFile& other) const
@@ -144,7 +169,9 @@ bool OutputFile::append(const InputFile& source) const
     LARGE_INTEGER start = {};
     if (::SetFilePointerEx(handle(m_handle), start, &start, FILE_END) == FALSE)
         start.QuadPart = 0;
-    const std::unique_ptr<char[]> block(new char[BlockSize]);
+    const std::unique_ptr<char[]> block(new (std::nothrow) char[BlockSize]);
+    if (block == nullptr)
+        return false;
     std::uint64_t done = 0;
     std::size_t count = 0;
     do {

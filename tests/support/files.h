@@ -32,6 +32,36 @@ void setWriteProtected(const std::string& path, bool isProtected);
 // A symbolic link. False where the system does not let this user make one.
 bool makeLink(const std::string& target, const std::string& link);
 
+// A pipe with a name, and somebody who reads it for as long as the object lives; or without a
+// reader. Not there where the file system knows no such thing.
+class NamedPipe {
+public:
+    enum class Reader { None, Open };
+    NamedPipe(const std::string& path, Reader reader);
+    NamedPipe(const NamedPipe&) = delete;
+    NamedPipe& operator=(const NamedPipe&) = delete;
+    ~NamedPipe();
+
+    bool isThere() const { return m_isThere; }
+    // What was written by now.
+    std::string read() const;
+    // The reader goes.
+    void close();
+
+private:
+    bool m_isThere = false;
+    std::intptr_t m_handle = -1;
+};
+
+// Sets what permissions new files do not get, and returns what that was; 0 where there are none.
+unsigned setFileMask(unsigned mask);
+
+// Switches to a locale with a decimal comma; false where none is installed.
+bool setCommaLocale();
+
+// The longest path that one call of the system takes.
+extern const std::size_t LongestPath;
+
 // Holds a file for itself alone, as another program would.
 class HeldFile {
 public:

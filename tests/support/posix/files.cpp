@@ -1,6 +1,8 @@
 #include "support/files.h"
 
 #include <cerrno>
+#include <climits>
+#include <clocale>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -15,6 +17,7 @@ namespace MdToolsTest {
 const bool ProtectedFilesCannotBeOpened = true;
 const bool OpenFilesAreNotShared = true;
 const bool DoubleByteNamesReachTheDisk = true;
+const std::size_t LongestPath = PATH_MAX - 1;
 
 bool appendsInOneStep()
 {
@@ -29,6 +32,44 @@ void setWriteProtected(const std::string& path, bool isProtected)
 bool makeLink(const std::string& target, const std::string& link)
 {
     return ::symlink(target.c_str(), link.c_str()) == 0;
+}
+
+NamedPipe::NamedPipe(const std::string& path, Reader reader)
+    : m_isThere(::mkfifo(path.c_str(), 0666) == 0)
+{
+    if (reader == Reader::Open)
+        m_handle = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+}
+
+NamedPipe::~NamedPipe()
+{
+    close();
+}
+
+std::string NamedPipe::read() const
+{
+    std::string text(65536, '\0');
+    const ssize_t count = ::read(static_cast<int>(m_handle), text.data(), text.size());
+    text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+    return text;
+}
+
+void NamedPipe::close()
+{
+    if (m_handle != -1)
+        ::close(static_cast<int>(m_handle));
+    m_handle = -1;
+}
+
+unsigned setFileMask(unsigned mask)
+{
+    return ::umask(mask);
+}
+
+bool setCommaLocale()
+{
+    return std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr ||
+           std::setlocale(LC_ALL, "de_DE.ISO-8859-1") != nullptr;
 }
 
 // A lock of the open file, not of the process, so that it holds against this process as well.

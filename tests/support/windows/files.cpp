@@ -1,5 +1,6 @@
 #include "support/files.h"
 
+#include <clocale>
 #include <filesystem>
 
 #include <windows.h>
@@ -9,6 +10,7 @@ namespace MdToolsTest {
 const bool ProtectedFilesCannotBeOpened = false;
 const bool OpenFilesAreNotShared = false;
 const bool DoubleByteNamesReachTheDisk = false;
+const std::size_t LongestPath = MAX_PATH - 1;
 
 // Wine finds the end first and writes there afterwards.
 bool appendsInOneStep()
@@ -28,6 +30,25 @@ bool makeLink(const std::string& target, const std::string& link)
     // Wine reports that it made the link, but there is none.
     return ::CreateSymbolicLinkA(link.c_str(), target.c_str(), flags) != 0 &&
            ::GetFileAttributesA(link.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+NamedPipe::NamedPipe(const std::string&, Reader) {}
+NamedPipe::~NamedPipe() = default;
+void NamedPipe::close() {}
+
+std::string NamedPipe::read() const
+{
+    return {};
+}
+
+unsigned setFileMask(unsigned)
+{
+    return 0;
+}
+
+bool setCommaLocale()
+{
+    return std::setlocale(LC_ALL, "German_Germany.1252") != nullptr;
 }
 
 HeldFile::HeldFile(const std::string& path)
