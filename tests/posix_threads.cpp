@@ -152,13 +152,13 @@ TEST(Signals, areBlockedInTheLibrarysThreadsUnlessTheyAreTheirOwn)
 {
     constexpr int Own[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS};
     constexpr int Foreign[] = {SIGINT, SIGTERM, SIGHUP, SIGALRM, SIGCHLD, SIGUSR1, SIGPROF};
-    sigset_t mask;
+    sigset_t ownMask;
     ThreadUtility::forEach(
-        1, [&mask](int, int) { ::pthread_sigmask(SIG_SETMASK, nullptr, &mask); }, true);
+        1, [&ownMask](int, int) { ::pthread_sigmask(SIG_SETMASK, nullptr, &ownMask); }, true);
     for (const int signal : Own)
-        EXPECT_EQ(::sigismember(&mask, signal), 0) << signal;
+        EXPECT_EQ(::sigismember(&ownMask, signal), 0) << signal;
     for (const int signal : Foreign)
-        EXPECT_EQ(::sigismember(&mask, signal), 1) << signal;
+        EXPECT_EQ(::sigismember(&ownMask, signal), 1) << signal;
 
     // A child that nobody waits for has a thread that sees to it.
     const std::size_t before = blockedSignals().size();
