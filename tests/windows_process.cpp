@@ -24,16 +24,16 @@ TEST(Process, startUpData)
         const char* record;
     };
     const Case cases[] = {
-        {"defaults", [](Process&) {}, "title MERODA\nshow 5\npriority normal\nconsole 1\n"},
+        {"defaults", [](Process&) {}, "title MERODA\nshow 5\npriority normal\nown console 0\n"},
         {"title", [](Process& p) { p.setWindowTitle("Hall 7"); },
-         "title Hall 7\nshow 5\npriority normal\nconsole 1\n"},
+         "title Hall 7\nshow 5\npriority normal\nown console 0\n"},
         {"size", [](Process& p) { p.setWindowSize(640, 480); },
-         "title MERODA\nshow 5\nsize 640 480\npriority normal\nconsole 1\n"},
+         "title MERODA\nshow 5\nsize 640 480\npriority normal\nown console 0\n"},
         {"half a size", [](Process& p) { p.setWindowSize(640, 0); },
-         "title MERODA\nshow 5\npriority normal\nconsole 1\n"},
-        {"no show", [](Process& p) { p.enableShow(false); }, "priority normal\nconsole 1\n"},
+         "title MERODA\nshow 5\npriority normal\nown console 0\n"},
+        {"no show", [](Process& p) { p.enableShow(false); }, "priority normal\nown console 0\n"},
         {"no window", [](Process& p) { p.enableHideWindow(true); },
-         "title MERODA\nshow 5\npriority normal\nconsole 0\n"},
+         "title MERODA\nshow 5\npriority normal\nown console 1\n"},
     };
     // Whatever the caller's own priority is.
     ::SetPriorityClass(::GetCurrentProcess(), BELOW_NORMAL_PRIORITY_CLASS);

@@ -16,7 +16,9 @@ int main(int argc, char** argv)
         std::fprintf(file, "size %lu %lu\n", info.dwXSize, info.dwYSize);
     const bool isNormal = ::GetPriorityClass(::GetCurrentProcess()) == NORMAL_PRIORITY_CLASS;
     std::fprintf(file, "priority %s\n", isNormal ? "normal" : "other");
-    std::fprintf(file, "console %d\n", ::GetConsoleWindow() != nullptr ? 1 : 0);
+    // Nobody shares the console of a program that is to have no window.
+    DWORD process = 0;
+    std::fprintf(file, "own console %d\n", ::GetConsoleProcessList(&process, 1) == 1 ? 1 : 0);
     std::fclose(file);
     return 0;
 }
