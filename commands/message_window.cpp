@@ -24,12 +24,11 @@ struct MessageWindow::State {
         return true;
     }
 
-    int process()
+    // Ended for a window that is gone or another thread's, too: there is nothing to wait for.
+    Platform::Pumped process() const
     {
-        const int before = handled;
-        if (Platform::isWindowThread(window))
-            Platform::processMessages(window);
-        return handled - before;
+        return Platform::isWindowThread(window) ? Platform::processMessages(window)
+                                                : Platform::Pumped::Ended;
     }
 };
 
@@ -58,7 +57,9 @@ WindowHandle MessageWindow::handle() const
 int MessageWindow::processMessages()
 {
     const std::shared_ptr<State> state = m_state;
-    return state->process();
+    const int before = state->handled;
+    state->process();
+    return state->handled - before;
 }
 
 int MessageWindow::waitMessages(int milliseconds)
@@ -70,11 +71,18 @@ int MessageWindow::waitMessages(int milliseconds)
         return milliseconds < 0 ? -1 : static_cast<int>(std::max<long long>(left, 0));
     };
     const std::shared_ptr<State> state = m_state;
-    int handled = state->process();
-    while (handled == 0 && Platform::isWindowThread(state->window) &&
-           Platform::waitForMessages(timeLeft()))
-        handled = state->process();
-    return handled;
+    const int before = state->handled;
+    // Messages for other windows of the thread may keep coming: the time is looked at each round.
+    for (;;) {
+        const Platform::Pumped pumped = state->process();
+        if (state->handled != before || pumped == Platform::Pumped::Ended)
+            break;
+        const int left = timeLeft();
+        if (left == 0 ||
+            (pumped == Platform::Pumped::All && !Platform::waitForMessages(state->window, left)))
+            break;
+    }
+    return state->handled - before;
 }
 
 }

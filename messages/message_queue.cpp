@@ -3,12 +3,16 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <cxxabi.h>
 #include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
+
+// Names this module to the run-time, which calls functions of it when a thread ends.
+extern "C" void* __dso_handle; // NOLINT(bugprone-reserved-identifier)
 
 namespace Tools::Platform {
 
@@ -29,11 +33,12 @@ struct Inbox {
 
 class Window {
 public:
-    Window(WindowHandle handle, std::shared_ptr<Inbox> inbox, MessageHandler handler)
-        : m_handle(handle), m_inbox(std::move(inbox)), m_handler(std::move(handler))
+    Window(WindowHandle handle, Inbox& inbox, MessageHandler handler)
+        : m_handle(handle), m_inbox(&inbox), m_handler(std::move(handler))
     {}
 
     WindowHandle handle() const { return m_handle; }
+    // Only of a window that the desktop still has.
     Inbox& inbox() const { return *m_inbox; }
     bool isOfThisThread() const { return m_thread == std::this_thread::get_id(); }
     void handle(unsigned int message) const { m_handler(message); }
@@ -43,7 +48,7 @@ public:
 
 private:
     WindowHandle m_handle;
-    std::shared_ptr<Inbox> m_inbox;
+    Inbox* m_inbox;
     MessageHandler m_handler;
     std::thread::id m_thread = std::this_thread::get_id();
 };
@@ -53,6 +58,8 @@ struct Send {
     std::shared_ptr<Window> window;
     unsigned int message;
     Inbox* sender;
+    // Of all sends of the process, in their order.
+    std::uint64_t number;
     bool isDone = false;
 };
 
@@ -63,6 +70,7 @@ struct Desktop {
     std::map<WindowHandle, std::shared_ptr<Window>> windows;
     // Handles are never used again, so that a late message cannot reach the wrong window.
     std::uintptr_t lastHandle = 0;
+    std::uint64_t lastSend = 0;
 };
 
 using Lock = std::unique_lock<std::mutex>;
@@ -87,10 +95,12 @@ void finish(Send& send)
     send.sender->changed.notify_all();
 }
 
-// Releases those who wait for it. A handler that runs just now holds the window by its own share.
+// Releases those who wait for it, its own thread included. A handler that runs just now holds the
+// window by its own share.
 void end(const std::shared_ptr<Window>& window)
 {
     desktop().windows.erase(window->handle());
+    window->inbox().changed.notify_all();
     std::erase_if(window->inbox().sends, [&window](Send* send) {
         const bool isForWindow = send->window == window;
         if (isForWindow)
@@ -99,33 +109,36 @@ void end(const std::shared_ptr<Window>& window)
     });
 }
 
-// This thread's inbox; its end is that of the thread's windows.
-class OwnInbox {
-public:
-    OwnInbox() = default;
-    OwnInbox(const OwnInbox&) = delete;
-    OwnInbox& operator=(const OwnInbox&) = delete;
-    ~OwnInbox()
-    {
-        const Lock lock(desktop().mutex);
-        std::vector<std::shared_ptr<Window>> windows;
-        for (const auto& [handle, window] : desktop().windows)
-            if (&window->inbox() == m_inbox.get())
-                windows.push_back(window);
-        for (const auto& window : windows)
-            end(window);
-    }
+// This thread's inbox, made when it is first needed. The pointer has no destructor: those of the
+// program's own thread-local and static objects may send messages and make windows, too. What they
+// need after the inbox has ended is a new one, which ends like the first.
+thread_local Inbox* t_inbox = nullptr;
 
-    const std::shared_ptr<Inbox>& get() const { return m_inbox; }
-
-private:
-    std::shared_ptr<Inbox> m_inbox = std::make_shared<Inbox>();
-};
-
-const std::shared_ptr<Inbox>& ownInbox()
+// The end of the inbox is that of the thread's windows.
+void endInbox(void*)
 {
-    static thread_local const OwnInbox inbox;
-    return inbox.get();
+    const std::unique_ptr<Inbox> inbox(t_inbox);
+    const Lock lock(desktop().mutex);
+    std::vector<std::shared_ptr<Window>> windows;
+    for (const auto& [handle, window] : desktop().windows)
+        if (&window->inbox() == inbox.get())
+            windows.push_back(window);
+    for (const auto& window : windows)
+        end(window);
+    t_inbox = nullptr;
+}
+
+// The language lets a thread-local object end once only; the run-time takes an end to be called as
+// often as it is told, also by one that runs. In static destructors it is too late for any: that
+// inbox stays until the process is gone.
+Inbox& ownInbox()
+{
+    if (t_inbox == nullptr) {
+        auto inbox = std::make_unique<Inbox>();
+        abi::__cxa_thread_atexit(endInbox, nullptr, &__dso_handle);
+        t_inbox = inbox.release();
+    }
+    return *t_inbox;
 }
 
 void handleNext(Inbox& inbox, Lock& lock)
@@ -153,8 +166,8 @@ void sendMessage(WindowHandle window, unsigned int message)
         target->handle(message);
         return;
     }
-    Inbox& own = *ownInbox();
-    Send send{target, message, &own};
+    Inbox& own = ownInbox();
+    Send send{target, message, &own, ++desktop().lastSend};
     target->inbox().sends.push_back(&send);
     target->inbox().changed.notify_all();
     while (!send.isDone) {
@@ -174,9 +187,11 @@ bool isWindowThread(WindowHandle window)
 
 void handleSentMessages()
 {
-    Inbox& own = *ownInbox();
+    Inbox& own = ownInbox();
     Lock lock(desktop().mutex);
-    while (!own.sends.empty())
+    // What comes meanwhile is for the next call: this one ends however busy the senders are.
+    const std::uint64_t last = desktop().lastSend;
+    while (!own.sends.empty() && own.sends.front()->number <= last)
         handleNext(own, lock);
 }
 
@@ -195,20 +210,22 @@ void destroyWindow(WindowHandle window)
         end(found);
 }
 
-void processMessages(WindowHandle)
+Pumped processMessages(WindowHandle)
 {
     handleSentMessages();
+    return Pumped::All;
 }
 
-bool waitForMessages(int milliseconds)
+bool waitForMessages(WindowHandle window, int milliseconds)
 {
-    Inbox& own = *ownInbox();
+    Inbox& own = ownInbox();
     Lock lock(desktop().mutex);
-    const auto hasSends = [&own] { return !own.sends.empty(); };
-    if (milliseconds >= 0)
-        return own.changed.wait_for(lock, std::chrono::milliseconds(milliseconds), hasSends);
-    own.changed.wait(lock, hasSends);
-    return true;
+    const auto isOver = [&own, window] { return !own.sends.empty() || find(window) == nullptr; };
+    if (milliseconds < 0)
+        own.changed.wait(lock, isOver);
+    else
+        own.changed.wait_for(lock, std::chrono::milliseconds(milliseconds), isOver);
+    return !own.sends.empty() && find(window) != nullptr;
 }
 
 }

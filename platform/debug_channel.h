@@ -10,7 +10,8 @@ namespace Tools::Platform {
 // A piece of up to 4,095 bytes and its NUL.
 constexpr std::size_t DebugBlockSize = 4096;
 
-// False if no receiver is running; nothing was created then.
+// False if no receiver is running, or none that takes this sender within a second; nothing was
+// created then.
 bool findDebugReceiver();
 
 // Makes the block and the event for the receiver that was found. Null if that fails.

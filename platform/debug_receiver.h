@@ -10,8 +10,8 @@
 // others. It is no part of the library itself.
 namespace Tools::Platform {
 
-// One piece of `length` bytes from the process with the id `sender`; `text` is good for the call
-// only. The sender waits until the call returns.
+// One piece of `length` bytes, one at least, from the process with the id `sender`; `text` is good
+// for the call only. The sender waits until the call returns.
 using DebugPieceHandler =
     std::function<void(std::uint32_t sender, const char* text, std::size_t length)>;
 

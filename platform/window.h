@@ -15,7 +15,7 @@ void sendMessage(WindowHandle window, unsigned int message);
 // False for null and for windows that are gone.
 bool isWindowThread(WindowHandle window);
 
-// Handles all messages that other threads have sent to windows of this thread and wait for.
+// Handles the messages that other threads have sent to windows of this thread by now and wait for.
 void handleSentMessages();
 
 // False leaves the message to the system.
@@ -28,12 +28,21 @@ WindowHandle createWindow(MessageHandler handler);
 // Called on another thread, the window may stay until its own thread next looks at its messages.
 void destroyWindow(WindowHandle window);
 
-// Handles all messages that wait for windows of this thread; on Windows posted ones, too, if they
-// are for this window.
-void processMessages(WindowHandle window);
+// What has become of the messages that waited.
+enum class Pumped {
+    All,
+    // Others have been posted since and wait already.
+    Others,
+    // The program has been asked to end, and finds that in its own message loop.
+    Ended
+};
 
-// Waits until new messages may be there; false if none came in that time. A negative time is
-// without limit.
-bool waitForMessages(int milliseconds);
+// Handles the messages that wait at the time of the call for windows of this thread; on Windows
+// posted ones, too, if they are for this window.
+Pumped processMessages(WindowHandle window);
+
+// Waits until new messages may be there; false if none came in that time, or the window, which is
+// one of this thread, is gone. A negative time is without limit.
+bool waitForMessages(WindowHandle window, int milliseconds);
 
 }

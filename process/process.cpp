@@ -11,11 +11,7 @@
 namespace Tools {
 
 struct Process::State {
-    struct Override {
-        std::string value;
-        // What the variable held before, during a run; empty if nothing.
-        std::string previous;
-    };
+    using Variables = std::map<std::string, std::string>;
 
     std::string currentDirectory = ".";
     std::string commandLine;
@@ -26,31 +22,36 @@ struct Process::State {
     int windowWidth = 0;
     int windowHeight = 0;
     std::uint32_t returnCode = 0;
-    std::map<std::string, Override> environment;
+    Variables environment;
 
-    void applyEnvironment();
-    void restoreEnvironment();
+    Variables applyEnvironment() const;
     Platform::StartOptions startOptions() const;
 };
 
 // The child inherits the environment of the caller, so the overrides are made there for the time of
-// the start.
-void Process::State::applyEnvironment()
+// the start. What the variables held before belongs to the run, not to the object: while it waits,
+// a message may run the same object once more.
+Process::State::Variables Process::State::applyEnvironment() const
 {
-    for (auto& [name, variable] : environment) {
-        Platform::readVariable(name, variable.previous);
-        Platform::setVariable(name, variable.value);
+    Variables previous;
+    for (const auto& [name, value] : environment) {
+        Platform::readVariable(name, previous[name]);
+        Platform::setVariable(name, value);
+    }
+    return previous;
+}
+
+namespace {
+
+void restoreEnvironment(const std::map<std::string, std::string>& previous)
+{
+    for (const auto& [name, value] : previous) {
+        // A variable that had no value keeps the new one: later children are to find it.
+        if (!value.empty())
+            Platform::setVariable(name, value);
     }
 }
 
-void Process::State::restoreEnvironment()
-{
-    for (auto& [name, variable] : environment) {
-        // A variable that had no value keeps the new one: later children are to find it.
-        if (!variable.previous.empty())
-            Platform::setVariable(name, variable.previous);
-        variable.previous.clear();
-    }
 }
 
 namespace {
@@ -58,7 +59,8 @@ namespace {
 Platform::StartOptions startOptionsFor(const std::string& commandLine)
 {
     Platform::StartOptions options;
-    options.commandLine = commandLine;
+    // A NUL ends it for the system that takes it as a whole, so it does for the other one.
+    options.commandLine = commandLine.c_str();
     options.parse = CommandLine::parse;
     return options;
 }
@@ -125,7 +127,7 @@ void Process::setWindowSize(int width, int height)
 
 void Process::setEnvironment(const std::string& name, const std::string& value)
 {
-    m_state->environment[name].value = value;
+    m_state->environment[name] = value;
 }
 
 void Process::enableShow(bool show)
@@ -145,7 +147,7 @@ void Process::enableWait(bool wait)
 
 bool Process::run()
 {
-    m_state->applyEnvironment();
+    const State::Variables previous = m_state->applyEnvironment();
     const ProcessHandle process = Platform::startProcess(m_state->startOptions());
     if (process != nullptr && m_state->wait) {
         waitForEnd(process);
@@ -153,7 +155,7 @@ bool Process::run()
     }
     // Restored in either case, the failed start included.
     close(process);
-    m_state->restoreEnvironment();
+    restoreEnvironment(previous);
     return process != nullptr;
 }
 

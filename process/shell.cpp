@@ -2,11 +2,13 @@
 
 #include "platform/shell.h"
 #include "process/command_line.h"
+#include "process/shell_result.h"
 
 #include <mdtext/mdtext.h>
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace Tools {
 
@@ -50,6 +52,18 @@ Row toRow(int result)
 
 }
 
+ShellResult describeShellResult(int number, const std::string& file)
+{
+    const Row row = toRow(number);
+    // Two of the texts end where the file's name belongs.
+    std::string message = MdText::LoadGui(row.text);
+    if (row.code == Shell::FileNotFound)
+        message += file;
+    else if (row.code == Shell::AccessDenied)
+        message += file + ".";
+    return {row.code, message};
+}
+
 Shell::Shell() = default;
 Shell::Shell(const Shell& other) = default;
 Shell& Shell::operator=(const Shell& other) = default;
@@ -57,14 +71,10 @@ Shell::~Shell() = default;
 
 Shell::ErrorCode Shell::execute(const std::string& file, const std::string& parameters)
 {
-    const Row row = toRow(Platform::shellExecute(file, parameters, CommandLine::splitArguments));
-    // Two of the texts end where the file's name belongs.
-    m_message = MdText::LoadGui(row.text);
-    if (row.code == FileNotFound)
-        m_message += file;
-    else if (row.code == AccessDenied)
-        m_message += file + ".";
-    return row.code;
+    ShellResult result = describeShellResult(
+        Platform::shellExecute(file, parameters, CommandLine::splitArguments), file);
+    m_message = std::move(result.message);
+    return result.code;
 }
 
 Shell::ErrorCode Shell::execute(const std::string& file)

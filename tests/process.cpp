@@ -4,7 +4,9 @@
 #include <mdtools/file.h>
 #include <mdtools/guid_util.h>
 #include <mdtools/mail_process.h>
+#include <mdtools/message_window.h>
 #include <mdtools/process.h>
+#include <mdtools/progress.h>
 #include <mdtools/shell.h>
 
 #include "support/child_process.h"
@@ -158,6 +160,14 @@ TEST(Process, findsTheProgram)
     fs::remove_all(folder);
 }
 
+TEST(Process, aNulEndsTheCommandLine)
+{
+    using namespace std::string_literals;
+    const std::string start = "directory: " + ownDirectory() + "\n";
+    EXPECT_EQ(runRecorder("a b\0c \"d"s), start + "argument: a\nargument: b\n");
+    EXPECT_EQ(runRecorder("\0x"s), start);
+}
+
 TEST(Process, startsInItsDirectory)
 {
     const fs::path folder = fs::path(MdToolsTest::workDirectory()) / "place";
@@ -203,10 +213,43 @@ TEST(Process, overridesOfTheEnvironment)
     }
 }
 
+// A message comes while the process is waited for; its handler runs the same object once more.
+TEST(Process, handlesMessagesWhileItWaits)
+{
+    Environment("MDTOOLS_TEST_KNOWN").setValue("before");
+    const std::string signal = newFileName();
+    const std::string record = newFileName();
+    Process process;
+    process.setCommandLine(inQuotes(recorder()) + " " + inQuotes("--until=" + signal) +
+                           " --silent --exit=5");
+    process.setEnvironment("MDTOOLS_TEST_KNOWN", "during");
+    process.enableWait(true);
+    Tools::MessageWindow window([&](unsigned int) {
+        process.setCommandLine(inQuotes(recorder()) + " --variable=MDTOOLS_TEST_KNOWN --exit=3");
+        process.setEnvironment("MDTOOLS_RECORD", record);
+        EXPECT_TRUE(process.run());
+        EXPECT_EQ(process.returnCode(), 3U);
+        EXPECT_EQ(Environment("MDTOOLS_TEST_KNOWN").getValue(), "during");
+        std::ofstream{signal};
+    });
+    std::thread sender([&window] {
+        Tools::ProgressMessenger(window.handle(), Tools::MessageWindow::FirstMessage).activate();
+    });
+    EXPECT_TRUE(process.run());
+    sender.join();
+    EXPECT_EQ(process.returnCode(), 5U);
+    EXPECT_NE(readFile(record).find("variable: MDTOOLS_TEST_KNOWN=during\n"), std::string::npos);
+    EXPECT_EQ(Environment("MDTOOLS_TEST_KNOWN").getValue(), "before");
+}
+
 TEST(Process, withoutWaitingReturnsAtOnce)
 {
     const std::string file = newFileName();
     Process process;
+    process.setCommandLine(inQuotes(recorder()) + " --silent --exit=7");
+    process.enableWait(true);
+    EXPECT_TRUE(process.run());
+    process.enableWait(false);
     process.setEnvironment("MDTOOLS_RECORD", file);
     const std::string signal = newFileName();
     process.setCommandLine(inQuotes(recorder()) + " " + inQuotes("--until=" + signal) +
@@ -214,7 +257,7 @@ TEST(Process, withoutWaitingReturnsAtOnce)
     EXPECT_TRUE(process.run());
     EXPECT_FALSE(fs::exists(file));
     std::ofstream{signal};
-    EXPECT_EQ(process.returnCode(), 0U);
+    EXPECT_EQ(process.returnCode(), 7U); // that of the run that was waited for
     EXPECT_NE(waitForRecord(file), "");
 }
 

@@ -1,5 +1,6 @@
 #include <mdtools/message_window.h>
 #include <mdtools/progress.h>
+#include <mdtools/system.h>
 
 #include "platform/window.h"
 #include "support/waiting.h"
@@ -10,6 +11,7 @@
 #include <atomic>
 #include <chrono>
 #include <future>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -197,6 +199,79 @@ TEST(MessageWindow, waitsNoLongerThanAsked)
         EXPECT_EQ(window.waitMessages(-1), 0);
         EXPECT_FALSE(Platform::isWindowThread(window.handle()));
     }).join();
+}
+
+// A thread that waits without limit for messages to one window, and has a second one.
+class WaitingThread {
+public:
+    WaitingThread()
+        : m_thread([this] {
+              window = std::make_unique<MessageWindow>(nullptr);
+              MessageWindow second(nullptr);
+              m_second.set_value(second.handle());
+              handled = window->waitMessages(-1);
+          })
+    {
+        // When the second one has handled a message, the thread is in the middle of waiting.
+        Platform::sendMessage(m_second.get_future().get(), Request);
+    }
+    void join() { m_thread.join(); }
+
+private:
+    std::promise<WindowHandle> m_second;
+
+public:
+    std::unique_ptr<MessageWindow> window;
+    int handled = -1;
+
+private:
+    std::thread m_thread;
+};
+
+TEST(MessageWindow, endsAWaitWithoutLimit)
+{
+    WaitingThread sentTo;
+    Platform::sendMessage(sentTo.window->handle(), Request);
+    sentTo.join();
+    EXPECT_EQ(sentTo.handled, 1);
+
+    WaitingThread destroyed;
+    destroyed.window.reset();
+    destroyed.join();
+    EXPECT_EQ(destroyed.handled, 0);
+}
+
+TEST(MessageWindow, waitsNoLongerThanAskedWhileThreadsKeepSending)
+{
+    using Clock = std::chrono::steady_clock;
+    constexpr int Senders = 4;
+    const auto slow = [](unsigned int) { System::sleep(1); };
+    MessageWindow busy(slow);
+    MessageWindow idle(nullptr);
+    std::atomic<bool> stop{false};
+    std::atomic<int> sending{Senders};
+    const Clock::time_point end = Clock::now() + MdToolsTest::WaitLimit / 2;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < Senders; ++i)
+        threads.emplace_back([&, handle = busy.handle()] {
+            while (!stop && Clock::now() < end)
+                Platform::sendMessage(handle, Request);
+            --sending;
+        });
+    EXPECT_GT(busy.waitMessages(-1), 0);
+    for (int i = 0; i < 20; ++i)
+        EXPECT_LE(busy.processMessages(), Senders); // each has sent one and waits for it
+    const Clock::time_point start = Clock::now();
+    EXPECT_EQ(idle.waitMessages(10), 0);
+    EXPECT_LT(Clock::now() - start, MdToolsTest::WaitLimit / 6);
+    EXPECT_EQ(sending, Senders);
+    stop = true;
+    EXPECT_TRUE(MdToolsTest::waitUntil([&] {
+        busy.processMessages();
+        return sending == 0;
+    })) << "senders that do not end";
+    for (std::thread& thread : threads)
+        thread.join();
 }
 
 // Ends a window that nobody serves while threads send to it.

@@ -123,6 +123,43 @@ TEST(ThreadPool, makesOtherThreadsWaitForARunningBatch)
     EXPECT_TRUE(added);
 }
 
+// Nor are items destroyed under a run.
+TEST(ThreadPool, clearsItsItemsWhenTheRunIsOver)
+{
+    ThreadPool pool;
+    Latch started(1);
+    Latch release(1);
+    std::atomic<bool> cleared{false};
+    auto body = [&] {
+        started.countDown();
+        release.wait();
+        System::sleep(1);
+        EXPECT_FALSE(cleared);
+    };
+    pool.addWork(makeWork(pool, body));
+    std::thread runner([&] { pool.runWorks(); });
+    started.wait();
+    std::thread clearer([&] {
+        pool.clearWorks();
+        cleared = true;
+    });
+    release.countDown();
+    runner.join();
+    clearer.join();
+    // As many as before the last run, but others.
+    std::atomic<int> calls{0};
+    auto count = [&calls] { ++calls; };
+    pool.addWork(makeWork(pool, count));
+    pool.runWorks();
+    pool.clearWorks();
+    pool.addWork(makeWork(pool, count));
+    pool.clearWorks();
+    auto twice = [&calls] { calls += 10; };
+    pool.addWork(makeWork(pool, twice));
+    pool.runWorks();
+    EXPECT_EQ(calls, 11);
+}
+
 class ForEach : public testing::Test {
 protected:
     ~ForEach() override { System::attachCpuCoreCountFunction(nullptr); }

@@ -4,6 +4,7 @@
 #include <mdtools/version_number.h>
 #include <mdtools/version_text.h>
 
+#include "support/module.h"
 #include "support/programs.h"
 #include "support/test_environment.h"
 
@@ -11,6 +12,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <random>
@@ -141,6 +143,12 @@ TEST(VersionNumber, parts)
     EXPECT_TRUE(huge.isValid());
     EXPECT_EQ(messageOf([&] { huge.getMajor(); }), InvalidVersion);
     EXPECT_EQ(huge.getMinor(), 1);
+    for (const char* text : {"24.2147483648", "24.4294967296", "24.4294967320"}) {
+        const VersionNumber wraps(text);
+        EXPECT_EQ(wraps.getMajor(), 24);
+        EXPECT_EQ(messageOf([&] { wraps.getMinor(); }), InvalidVersion) << text;
+    }
+    EXPECT_EQ(messageOf([] { VersionNumber("4294967296.1").getMajor(); }), InvalidVersion);
 }
 
 TEST(VersionText, isJudgedByItsList)
@@ -201,6 +209,23 @@ TEST(VersionInfo, ofAStampedModule)
     EXPECT_EQ(library.getBuildNumber(), "");
 }
 
+// The name that it was loaded by leads nowhere any more.
+TEST(VersionInfo, ofAModuleLoadedByARelativeName)
+{
+    namespace fs = std::filesystem;
+    const fs::path library = MdToolsTest::builtLibrary("test_plugin");
+    const fs::path former = fs::current_path();
+    fs::current_path(library.parent_path());
+    void* const module = MdToolsTest::loadModule("./" + library.filename().string());
+    fs::current_path(former);
+    ASSERT_NE(module, nullptr);
+    const VersionInfo info(static_cast<ModuleHandle>(module), "040704b0");
+    EXPECT_EQ(info.getProductName(), "Plugin");
+    EXPECT_EQ(info.getVersion(), "3");
+    EXPECT_EQ(info.getBuildNumber(), "two");
+    MdToolsTest::freeModule(module);
+}
+
 // Writes little-endian numbers and blocks of a version resource into a Windows module's image.
 class ImageBuilder {
 public:
@@ -214,13 +239,14 @@ public:
         while (m_bytes.size() % multiple != 0)
             m_bytes += '\0';
     }
-    void units(const std::string& text)
+    void units(const std::u16string& text)
     {
-        for (const char c : text)
-            number(static_cast<unsigned char>(c), 2);
+        for (const char16_t c : text)
+            number(c, 2);
         number(0, 2);
     }
-    void block(const std::string& key, const std::string& text,
+    void units(const std::string& text) { units(std::u16string(text.begin(), text.end())); }
+    void block(const std::string& key, const std::u16string& text,
                const std::function<void()>& children = nullptr)
     {
         pad(4);
@@ -244,28 +270,36 @@ private:
     std::string m_bytes;
 };
 
-std::string versionResource()
+struct Texts {
+    std::u16string product = u"Frame";
+    std::u16string version = u"25.3";
+};
+
+std::string versionResource(const Texts& texts)
 {
     ImageBuilder builder;
-    builder.block("VS_VERSION_INFO", "", [&] {
-        builder.block("VarFileInfo", "", [&] { builder.block("Translation", "x"); });
-        builder.block("StringFileInfo", "", [&] {
-            builder.block("040704b0", "", [&] { builder.block("ProductName", "half"); });
-            builder.block("040704E4", "", [&] {
-                builder.block("CompanyName", "");
-                builder.block("ProductVersion", "25.3");
-                builder.block("ProductName", "Frame");
-                builder.block("LegalCopyright", "");
+    builder.block("VS_VERSION_INFO", u"", [&] {
+        builder.block("VarFileInfo", u"", [&] { builder.block("Translation", u"x"); });
+        builder.block("StringFileInfo", u"", [&] {
+            builder.block("040704b0", u"", [&] { builder.block("ProductName", u"half"); });
+            builder.block("040704E4", u"", [&] {
+                builder.block("CompanyName", u"");
+                builder.block("ProductVersion", texts.version);
+                builder.block("ProductName", texts.product);
+                builder.block("LegalCopyright", u"");
             });
         });
     });
     return builder.bytes();
 }
 
-// A 64-bit module with nothing but one version resource.
-std::string windowsModule()
+// A 64-bit module with nothing but one version resource,
+// which claims to have so many bytes; 0 is the truth.
+std::string windowsModule(const Texts& texts = {}, std::uint32_t claimedSize = 0)
 {
-    const std::string resource = versionResource();
+    const std::string resource = versionResource(texts);
+    if (claimedSize == 0)
+        claimedSize = static_cast<std::uint32_t>(resource.size());
     constexpr std::uint32_t Address = 0x1000;
     constexpr std::uint32_t Offset = 0x200;
     constexpr std::uint32_t DataOffset = 88;
@@ -300,7 +334,7 @@ std::string windowsModule()
         b.number(next, 4);
     }
     b.number(Address + DataOffset, 4);
-    b.number(resource.size(), 4);
+    b.number(claimedSize, 4);
     b.number(0, 8);
     return b.bytes() + resource;
 }
@@ -320,6 +354,26 @@ TEST(VersionInfo, ofAWindowsModulesFile)
     EXPECT_EQ(info.getVersion(), "25.3");
     EXPECT_EQ(info.getBuildNumber(), "");
     EXPECT_EQ(info.getLegalCopyright(), "");
+
+    const VersionInfo twoWords(writeFile(windowsModule({u"\u20AC \U0001F600", u"25.3  15052023"})),
+                               "040704e4");
+    EXPECT_EQ(twoWords.getProductName(), "\x80 ??"); // what the page lacks, and two units more
+    EXPECT_EQ(twoWords.getProductVersion(), "25.3  15052023");
+    EXPECT_EQ(twoWords.getVersion(), "25.3");
+    EXPECT_EQ(twoWords.getBuildNumber(), "15052023");
+
+    // A resource may have a megabyte; it must be there, too.
+    struct Case {
+        std::uint32_t claimed;
+        std::size_t there;
+        const char* product;
+    };
+    for (const Case& c :
+         {Case{1U << 20, 1U << 20, "Frame"}, Case{1U << 20, 0, ""}, Case{2U << 20, 2U << 20, ""}}) {
+        SCOPED_TRACE(c.claimed);
+        const std::string module = windowsModule({}, c.claimed) + std::string(c.there, '\0');
+        EXPECT_EQ(VersionInfo(writeFile(module), "040704e4").getProductName(), c.product);
+    }
 }
 
 // Cut off anywhere, or with any byte turned over, a module gives its texts or none.

@@ -74,6 +74,8 @@ int run(DebugListener& listener, const Options& options)
 {
     s_listener = &listener;
     Tools::Platform::onEndRequest(stopListener);
+    if (options.limit.count() > 0)
+        Tools::Platform::endAfter(static_cast<unsigned int>(options.limit.count() / 1000));
     bool written = true;
     listener.run(
         [&](std::uint32_t sender, const char* text, std::size_t length) {

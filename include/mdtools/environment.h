@@ -11,8 +11,10 @@ namespace Tools {
 //
 // Any thread may make objects and set values, also of the same variable: the library's own accesses
 // to the environment exclude each other. Those that the program makes past the library
-// (std::getenv, setenv) do not; on Linux they must not happen while another thread sets a value. An
-// object belongs to one thread at a time.
+// (std::getenv, setenv) do not; on Linux they must not happen while another thread sets a value. On
+// Windows std::getenv looks into a copy of its own, which the run-time library made when the
+// program began: it does not see what this class has set. (putenv changes both.) An object belongs
+// to one thread at a time.
 class MDTOOLS_API Environment {
 public:
     // The value is empty if the name is, or if the variable is not set.

@@ -30,8 +30,11 @@ public:
     // Receivers are kept in order, duplicates too.
     void addReceiver(const std::string& receiver);
 
-    // Builds the command line and runs it as Process::run() does. False, and nothing started, if
-    // there is no receiver; false, too, if the mailer could not be started.
+    // Builds the command line and runs it as Process::run() does, with all that is set there: only
+    // after enableWait() does it wait for the mailer, whose exit code returnCode() gives then. The
+    // message file must stay until the mailer has read it. False, and nothing started, if there is
+    // no receiver; false, too, if the mailer could not be started. It hides Process::run(), which
+    // by a reference to Process runs whatever command line was set last.
     bool run();
 
 private:

@@ -15,7 +15,8 @@ namespace Tools {
 // A sender waits until the handler has run on the window's thread: in processMessages() or
 // waitMessages() of any window of that thread, or while the thread itself waits for a message that
 // it has sent. On Windows every other message loop of the thread serves as well. When the window or
-// its thread ends, senders are released with their messages unhandled.
+// its thread ends, senders are released with their messages unhandled. Destructors of thread-local
+// and static objects may make windows and send messages, too.
 class MDTOOLS_API MessageWindow {
 public:
     // Messages below this one belong to the system and are not passed on.
@@ -32,11 +33,15 @@ public:
     // Null if the system has no window to give (on Windows, without a desktop).
     WindowHandle handle() const;
 
-    // Handles all messages that wait, and returns how many of them were for this window.
+    // Handles the messages that wait at the time of the call, for any window of the thread, and
+    // returns how many of them were for this window. However busily other threads go on sending,
+    // the call ends (on Windows, if they send by this library); what they send is for the next one.
+    // On Windows a WM_QUIT stays for the program's own loop, and ends the call.
     int processMessages();
 
-    // Likewise, but waits until there is one for this window, for that time at most; a negative
-    // time is without limit.
+    // Likewise, but waits until there is one for this window. The wait ends after that time (a
+    // negative one is without limit), when another thread destroys the window and, on Windows, at a
+    // WM_QUIT. A handler that runs is not cut off.
     int waitMessages(int milliseconds);
 
 private:

@@ -27,7 +27,8 @@ public:
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
-    // Program and arguments; empty at first. Nothing is quoted or escaped by the library.
+    // Program and arguments, up to the first NUL; empty at first. Nothing is quoted or escaped by
+    // the library.
     void setCommandLine(const std::string& commandLine);
     // Where the program starts; "." at first.
     void setCurrentDirectory(const std::string& directory);
@@ -45,7 +46,8 @@ public:
     void enableShow(bool show);
     void enableHideWindow(bool hide);
     // Let run() wait for the program's end (false at first). Window messages that other threads
-    // send to the calling thread's windows are handled meanwhile, about once a second.
+    // send to the calling thread's windows are handled meanwhile, about once a second; a handler
+    // may change this object and run it again.
     void enableWait(bool wait);
 
     // True if the program was started. Variables are restored in either case.

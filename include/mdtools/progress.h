@@ -39,6 +39,22 @@ protected:
 // message to the window, which answers it by calling update(). The call returns when the window has
 // handled the message; on the window's own thread that happens at once, within the call.
 //
+// The window's thread has to handle messages while the computation runs. So a parallel loop is not
+// started there: ThreadUtility::forEach() and ThreadPool::runWorks() only wait, as does joining a
+// thread, and a body that reports its progress to a window of the waiting thread never returns. The
+// recipe has a worker thread for the loop and keeps the window's thread to its messages:
+//
+//     MessageWindow window([&](unsigned int) { messenger.update(&display); });
+//     // ProgressMessenger messenger(window.handle(), message), one range at a time
+//     std::atomic<bool> ended = false;
+//     std::thread worker([&] {
+//         ThreadUtility::forEach(count, body, false); // reports by the messenger, under a lock
+//         ended = true;
+//     });
+//     while (!ended)
+//         window.waitMessages(50);
+//     worker.join();
+//
 // One computing thread at a time uses a messenger. While it waits for the window it handles what
 // other threads send to windows of its own. A window that ends releases those who wait for it, and
 // a request to a window that is gone does nothing.

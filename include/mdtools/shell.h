@@ -7,8 +7,9 @@
 namespace Tools {
 
 // Opens a document or starts a program as a double click on the desktop does. On Linux an
-// executable file is started with the parameters, everything else goes to the desktop's "xdg-open".
-// An object belongs to one thread at a time.
+// executable file is started with the parameters; everything else, a document that happens to have
+// the right to be executed included, goes to the desktop's "xdg-open", which is looked for in those
+// directories of the search path that are named in full. An object belongs to one thread at a time.
 class MDTOOLS_API Shell {
 public:
     // The shell's own result numbers, and two of the library: 100 for success, -1 for a result that
@@ -36,8 +37,9 @@ public:
     Shell& operator=(const Shell& other);
     virtual ~Shell();
 
-    // Does not wait for the program's end. Parameters reach a program only, split as on a command
-    // line.
+    // Does not wait for a program's end. For a document on Linux it waits up to two seconds for
+    // "xdg-open" to report that it cannot be opened; one that takes longer counts as a success.
+    // Parameters reach a program only, split as on a command line.
     ErrorCode execute(const std::string& file, const std::string& parameters);
     ErrorCode execute(const std::string& file);
 

@@ -118,8 +118,9 @@ private:
 // cores; they are kept from one run to the next.
 //
 // The operations may be called from any thread. Each holds the pool's lock, runWorks() until the
-// last item has finished: other callers wait that long, and an item that calls its own pool waits
-// for ever. The pool must not be destroyed while it is in use.
+// last item has finished: other callers wait that long, and an item that calls its own pool, or
+// sends to a window of the thread that is in runWorks(), waits for ever. The pool must not be
+// destroyed while it is in use. For a system without threads and for signals see forEach() below.
 class MDTOOLS_API ThreadPool {
 public:
     ThreadPool();
@@ -134,7 +135,7 @@ public:
     // the list and can be run again.
     void runWorks();
 
-    // Destroys all items.
+    // Destroys all items, when the run is over that may be going on.
     void clearWorks();
 
 private:
@@ -155,7 +156,17 @@ public:
     // The calls run on threads of one pool that all loops of the process share, never on the
     // caller's, each on a copy of `body` of its own that is destroyed there. An exception that
     // leaves `body` ends the program. A loop started while another one runs waits for it; one
-    // started within a body waits for ever.
+    // started within a body waits for ever. (On Linux, if the system has not a single thread to
+    // give, the calls are made on the caller's thread as a last resort, one after the other; the
+    // next loop tries for threads again.)
+    //
+    // The caller does nothing but wait: a body that sends to a window of the caller's thread, by a
+    // ProgressMessenger for instance, waits for ever, and the loop with it. progress.h says how a
+    // loop shows its progress.
+    //
+    // On Linux the pool's threads block asynchronous signals (SIGINT, SIGTERM, timers), which are
+    // for the program's own threads; a crash handler (SIGSEGV, SIGABRT and their like) does run on
+    // them.
     //
     // The pool's threads wait from one loop to the next. They end with the process, whatever they
     // are doing, or when the library is unloaded.

@@ -19,7 +19,8 @@ public:
     // commas: "040704b0,040704e4" is German in Unicode, then German in code page 1252. The first
     // key under which product name, product version and legal copyright are all found is used.
     VersionInfo(const std::string& file, const std::string& languages);
-    // The module's own file; null is the running program.
+    // The module's own file; null is the running program. On Linux it is found whatever name the
+    // module was loaded by, and a running program's also when it has been removed or replaced.
     VersionInfo(ModuleHandle module, const std::string& languages);
 
     const std::string& getProductName() const;

@@ -10,8 +10,7 @@
 
 namespace Tools::Platform {
 
-// The user's own runtime directory, or one below /tmp, which isPrivateDirectory() must be asked
-// about.
+// The user's own runtime directory, or one below /tmp; isOwnDirectory() must be asked about both.
 std::array<std::string, 2> debugSocketDirectories()
 {
     std::string runtime;
@@ -19,11 +18,11 @@ std::array<std::string, 2> debugSocketDirectories()
     return {runtime.starts_with('/') ? runtime : "", "/tmp/mdtools-" + std::to_string(::geteuid())};
 }
 
-bool isPrivateDirectory(const std::string& directory)
+bool isOwnDirectory(const std::string& directory)
 {
     struct stat status = {};
     return ::lstat(directory.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
-           status.st_uid == ::geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+           status.st_uid == ::geteuid() && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
 
 bool makeDebugSocketAddress(const std::string& directory, sockaddr_un& address)

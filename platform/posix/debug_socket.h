@@ -22,8 +22,10 @@ static_assert(sizeof(DebugRequest) == 8, "eight bytes in the order of this proce
 // environment that names none.
 std::array<std::string, 2> debugSocketDirectories();
 
-// The directory belongs to this user alone.
-bool isPrivateDirectory(const std::string& directory);
+// The directory itself, not one that a link leads to, belongs to this user, and nobody else may put
+// anything into it: a receiver may listen there, and a sender believe in what it finds. The
+// variable may name another user's directory, in a program that runs with his environment.
+bool isOwnDirectory(const std::string& directory);
 
 // False if there is no directory, or one whose path does not fit into an address.
 bool makeDebugSocketAddress(const std::string& directory, sockaddr_un& address);

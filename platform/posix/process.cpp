@@ -143,7 +143,8 @@ private:
     posix_spawnattr_t m_attributes = {};
 };
 
-pid_t spawn(const Command& command, const FileActions& actions)
+// -1 with a cause if it fails.
+pid_t spawn(const Command& command, const FileActions& actions, int& cause)
 {
     const Attributes attributes;
     std::vector<char*> arguments;
@@ -153,15 +154,15 @@ pid_t spawn(const Command& command, const FileActions& actions)
     // A copy: another thread may change a variable while the child is being made.
     const std::vector<char*> environment = copyEnvironment();
     pid_t id = -1;
-    const int error = ::posix_spawn(&id, command.program.c_str(), actions.get(), attributes.get(),
-                                    arguments.data(), environment.data());
-    return error == 0 ? id : -1;
+    cause = ::posix_spawn(&id, command.program.c_str(), actions.get(), attributes.get(),
+                          arguments.data(), environment.data());
+    return cause == 0 ? id : -1;
 }
 
 // The pidfd names this very child, even if its number should be used again after its end.
-ProcessHandle start(const Command& command, const FileActions& actions)
+ProcessHandle start(const Command& command, const FileActions& actions, int& cause)
 {
-    const pid_t id = spawn(command, actions);
+    const pid_t id = spawn(command, actions, cause);
     if (id <= 0)
         return nullptr;
     auto* child = new ChildProcess;
@@ -202,12 +203,14 @@ ProcessHandle startProcess(const StartOptions& options)
         command.program = absolute(command.program);
         actions.startIn(directory);
     }
-    return start(command, actions);
+    int cause = 0;
+    return start(command, actions, cause);
 }
 
-ProcessHandle startCommand(const Command& command)
+ProcessHandle startCommand(const Command& command, int& cause)
 {
-    return command.program.empty() ? nullptr : start(command, FileActions());
+    cause = ENOENT;
+    return command.program.empty() ? nullptr : start(command, FileActions(), cause);
 }
 
 bool waitForProcess(ProcessHandle process, int milliseconds)

@@ -18,8 +18,10 @@ bool isExecutableFile(const std::string& name)
            ::access(name.c_str(), X_OK) == 0;
 }
 
+enum class Parts { All, Absolute };
+
 // An empty part of the path is the current directory, as shells take it.
-std::string findOnPath(const std::string& name)
+std::string findOnPath(const std::string& name, Parts parts)
 {
     std::string path;
     if (!readVariable("PATH", path))
@@ -27,10 +29,12 @@ std::string findOnPath(const std::string& name)
     for (std::size_t start = 0; start <= path.size();) {
         const std::size_t end = std::min(path.find(':', start), path.size());
         std::string candidate = path.substr(start, end - start);
+        start = end + 1;
+        if (parts == Parts::Absolute && !candidate.starts_with('/'))
+            continue;
         candidate += candidate.empty() ? name : "/" + name;
         if (isExecutableFile(candidate))
             return candidate;
-        start = end + 1;
     }
     return {};
 }
@@ -43,7 +47,12 @@ std::string findProgram(const std::string& name)
         return {};
     if (isExecutableFile(name))
         return name;
-    return name.find('/') == std::string::npos ? findOnPath(name) : std::string();
+    return name.find('/') == std::string::npos ? findOnPath(name, Parts::All) : std::string();
+}
+
+std::string findOwnTool(const std::string& name)
+{
+    return findOnPath(name, Parts::Absolute);
 }
 
 }

@@ -1,9 +1,9 @@
 #include "platform/posix/reaper.h"
 
 #include "platform/posix/retry.h"
+#include "platform/posix/signal_mask.h"
 
 #include <algorithm>
-#include <csignal>
 #include <dlfcn.h>
 #include <mutex>
 #include <poll.h>
@@ -98,18 +98,13 @@ void keepLibraryLoaded()
         ::dlopen(info.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
 }
 
-// The program's signals are none of the thread's business.
 bool startThread(Reaper& own)
 {
-    sigset_t all;
-    sigset_t previous;
-    ::sigfillset(&all);
-    ::pthread_sigmask(SIG_SETMASK, &all, &previous);
+    const AsynchronousSignalsBlocked blocked;
     pthread_t thread = {};
     const bool started = ::pthread_create(&thread, nullptr, &reapChildren, &own) == 0;
     if (started)
         ::pthread_detach(thread);
-    ::pthread_sigmask(SIG_SETMASK, &previous, nullptr);
     return started;
 }
 

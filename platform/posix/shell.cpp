@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -36,6 +37,12 @@ bool isUrl(const std::string& text)
            });
 }
 
+// By the rights that the process has just now, which need not be those of the user who started it.
+bool isAllowed(const std::string& path, int access)
+{
+    return ::faccessat(AT_FDCWD, path.c_str(), access, AT_EACCESS) == 0;
+}
+
 // Why a file cannot be reached.
 int missingCode(const std::string& path)
 {
@@ -50,22 +57,16 @@ int missingCode(const std::string& path)
     return parentExists ? FileNotFound : PathNotFound;
 }
 
-int startFile(const std::string& program, std::vector<std::string> arguments)
-{
-    arguments.insert(arguments.begin(), program);
-    const ProcessHandle process = startCommand({program, std::move(arguments)});
-    if (process == nullptr)
-        return BadFormat;
-    closeProcess(process);
-    return Success;
-}
-
 // What xdg-open reports within a moment; one that goes on has found something to open the file
 // with.
 int openWithDesktop(const std::string& file)
 {
     constexpr int Moment = 2000;
-    const ProcessHandle process = startCommand({findProgram("xdg-open"), {"xdg-open", file}});
+    int cause = 0;
+    // A name that begins with "-" must not be taken for an option.
+    const std::string argument = file.front() == '-' ? "./" + file : file;
+    const ProcessHandle process =
+        startCommand({findOwnTool("xdg-open"), {"xdg-open", argument}}, cause);
     if (process == nullptr)
         return NoAssociation;
     const std::uint32_t code = waitForProcess(process, Moment) ? getExitCode(process) : 0;
@@ -83,6 +84,19 @@ int openWithDesktop(const std::string& file)
     }
 }
 
+// Disks of other systems give each file the right to be executed: what the system does not know as
+// a program is a document.
+int startFile(const std::string& program, std::vector<std::string> arguments)
+{
+    arguments.insert(arguments.begin(), program);
+    int cause = 0;
+    const ProcessHandle process = startCommand({program, std::move(arguments)}, cause);
+    if (process == nullptr)
+        return cause == ENOEXEC ? openWithDesktop(program) : BadFormat;
+    closeProcess(process);
+    return Success;
+}
+
 }
 
 int shellExecute(const std::string& file, const std::string& parameters, ArgumentSplitter split)
@@ -97,12 +111,11 @@ int shellExecute(const std::string& file, const std::string& parameters, Argumen
         const std::string program = findProgram(path);
         return program.empty() ? code : startFile(program, split(parameters));
     }
-    if (S_ISREG(status.st_mode) && ::access(path.c_str(), X_OK) == 0)
+    if (S_ISREG(status.st_mode) && isAllowed(path, X_OK))
         return startFile(path, split(parameters));
-    if (::access(path.c_str(), R_OK) != 0)
+    if (!isAllowed(path, R_OK))
         return AccessDenied;
-    // A name that begins with "-" must not be taken for an option.
-    return openWithDesktop(path.front() == '-' ? "./" + path : path);
+    return openWithDesktop(path);
 }
 
 }

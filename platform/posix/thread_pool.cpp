@@ -1,5 +1,7 @@
 #include "platform/thread_pool.h"
 
+#include "platform/posix/signal_mask.h"
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -7,9 +9,8 @@
 #include <climits>
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
-
-#include <csignal>
 
 #include <emmintrin.h>
 #include <linux/futex.h>
@@ -97,9 +98,9 @@ void watchForks()
 // - The ticket (batch, number of calls) is written by the caller only, with release after the
 //   slots. Whoever reads it with acquire sees the slots of that batch.
 // - The claims (batch, calls claimed) are changed by the pool's threads only, by compare-exchange
-//   from what they compared with the ticket. (The caller stands in for them where the system has
-//   no thread to give.) The batch in the word makes a claim fail whose thread was held up since
-//   an earlier batch, so there is no ABA; a word of an earlier batch means "none yet".
+//   from what they compared with the ticket. The batch in the word makes a claim fail whose thread
+//   was held up since an earlier batch, so there is no ABA; a word of an earlier batch means "none
+//   yet".
 // - The count of completed calls only grows, round and round. Each thread adds its calls after it
 //   has made them. The caller adds the sizes of its batches to a target of its own and may go on
 //   when the two are equal: then every effect of the calls is visible to it.
@@ -169,6 +170,8 @@ private:
 
     Slot& slot(std::uint32_t i) { return i < FewSlots ? m_few[i] : m_many[i - FewSlots]; }
 
+    template <class Ranges>
+    static void callHere(std::vector<LoopBody> bodies, const Ranges& range) noexcept;
     void makeRoom(std::uint32_t count);
     void publish(std::uint32_t count);
     void waitFor(std::uint32_t count);
@@ -237,6 +240,12 @@ void Pool::run(const LoopBody& body, std::uint32_t count, const Ranges& range)
 {
     if (m_forks != forks.load(std::memory_order_relaxed))
         adoptAfterFork();
+    if (m_threads.empty())
+        startThreads(m_minimum);
+    if (m_threads.empty()) {
+        callHere(std::vector<LoopBody>(count, body), range);
+        return;
+    }
     makeRoom(count);
     std::uint32_t ready = 0;
     try {
@@ -251,6 +260,18 @@ void Pool::run(const LoopBody& body, std::uint32_t count, const Ranges& range)
     }
     publish(count);
     waitFor(count);
+}
+
+// For a system that has not a single thread to give. Nothing of the hand-over is touched, so that
+// a body may start a loop here, too. noexcept: an exception ends the program as on every thread.
+template <class Ranges>
+void Pool::callHere(std::vector<LoopBody> bodies, const Ranges& range) noexcept
+{
+    for (std::size_t i = 0; i < bodies.size(); ++i) {
+        const LoopBody body = std::move(bodies[i]);
+        const Range part = range(static_cast<int>(i));
+        body(part.begin, part.end);
+    }
 }
 
 void Pool::makeRoom(std::uint32_t count)
@@ -299,26 +320,18 @@ void Pool::callThreads(std::uint32_t count)
         m_wakeUps.fetch_add(1);
         wake(m_wakeUps, std::min(count, asleep));
     }
-    // A system that has no threads to give still gets its work done.
-    if (m_threads.empty())
-        runClaimed();
 }
 
 // Of the caller only, as m_threads is. Brings the pool to this number of threads, if it has fewer.
-// They take no signals: those are for the program's own threads.
 void Pool::startThreads(std::size_t number)
 {
     if (m_threads.size() >= number)
         return;
     m_threads.reserve(number);
-    sigset_t all;
-    sigset_t previous;
-    ::sigfillset(&all);
-    ::pthread_sigmask(SIG_SETMASK, &all, &previous);
+    const AsynchronousSignalsBlocked blocked;
     pthread_t thread{};
     while (m_threads.size() < number && ::pthread_create(&thread, nullptr, runThread, this) == 0)
         m_threads.push_back(thread);
-    ::pthread_sigmask(SIG_SETMASK, &previous, nullptr);
 }
 
 // A forked child has the pool but none of its threads, and what they were doing at that moment is

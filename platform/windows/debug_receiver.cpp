@@ -68,7 +68,8 @@ void DebugListener::State::receive(std::uint32_t sender) const
     const std::size_t length =
         end ? static_cast<std::size_t>(static_cast<const char*>(end) - block.text())
             : DebugBlockSize - 1;
-    (*handler)(sender, block.text(), length);
+    if (length > 0)
+        (*handler)(sender, block.text(), length);
 }
 
 LRESULT CALLBACK DebugListener::State::handle(HWND window, UINT message, WPARAM word, LPARAM value)

@@ -2,7 +2,10 @@
 
 #include "platform/lifetime.h"
 
+#include <atomic>
+#include <limits>
 #include <memory>
+#include <utility>
 
 #include <windows.h>
 
@@ -11,6 +14,28 @@ namespace Tools::Platform {
 namespace {
 
 constexpr char ClassName[] = "MdToolsMessageWindow";
+
+// The system handles sent messages until none is left, and thus for ever while threads keep
+// sending. So the sends of this library carry a number (and a mark, which says that it is one):
+// those that are later than the current processMessages() are refused, and the sender tries again.
+constexpr WPARAM NumberMark = 0x4D645365;
+constexpr LRESULT Refused = 0x4D645266;
+constexpr LPARAM NoLimit = std::numeric_limits<LPARAM>::max();
+
+std::atomic<LPARAM> s_lastNumber{0};
+thread_local LPARAM t_limit = NoLimit;
+
+// The highest number that this thread takes, for a while.
+class Limit {
+public:
+    explicit Limit(LPARAM number) : m_previous(std::exchange(t_limit, number)) {}
+    ~Limit() { t_limit = m_previous; }
+    Limit(const Limit&) = delete;
+    Limit& operator=(const Limit&) = delete;
+
+private:
+    LPARAM m_previous;
+};
 
 MessageHandler* handlerOf(HWND window)
 {
@@ -25,6 +50,10 @@ LRESULT CALLBACK handleMessage(HWND window, UINT message, WPARAM first, LPARAM s
     if (ended != nullptr)
         ::SetWindowLongPtrA(window, GWLP_USERDATA, 0);
     else if (handlerOf(window) != nullptr) {
+        if (first == NumberMark && second > t_limit && ::InSendMessage())
+            return Refused;
+        // A handler that waits for another thread must let that one's messages through.
+        const Limit none(NoLimit);
         // A copy, as the window may go during the call.
         const MessageHandler handler = *handlerOf(window);
         if (handler(message))
@@ -72,7 +101,16 @@ void sendMessage(WindowHandle window, unsigned int message)
         handler(message);
         return;
     }
-    ::SendMessageA(window, message, 0, 0);
+    if (message < WM_USER || !isMessageWindow(window)) {
+        ::SendMessageA(window, message, 0, 0);
+        return;
+    }
+    constexpr DWORD Pause = 1; // ms
+    const LPARAM number = ++s_lastNumber;
+    while (::SendMessageA(window, message, NumberMark, number) == Refused) {
+        ::MsgWaitForMultipleObjectsEx(0, nullptr, Pause, QS_SENDMESSAGE, MWMO_INPUTAVAILABLE);
+        handleSentMessages();
+    }
 }
 
 bool isWindowThread(WindowHandle window)
@@ -83,6 +121,7 @@ bool isWindowThread(WindowHandle window)
 
 void handleSentMessages()
 {
+    const Limit limit(s_lastNumber);
     MSG message;
     ::PeekMessageA(&message, nullptr, 0, 0, PM_NOREMOVE);
 }
@@ -108,15 +147,28 @@ void destroyWindow(WindowHandle window)
         ::PostMessageA(window, WM_CLOSE, 0, 0);
 }
 
-void processMessages(WindowHandle window)
+Pumped processMessages(WindowHandle window)
 {
+    const Limit limit(s_lastNumber);
+    const DWORD begin = ::GetTickCount();
     MSG message;
-    while (::PeekMessageA(&message, window, 0, 0, PM_REMOVE))
+    while (::PeekMessageA(&message, window, 0, 0, PM_REMOVE)) {
+        if (message.message == WM_QUIT) {
+            ::PostQuitMessage(static_cast<int>(message.wParam));
+            return Pumped::Ended;
+        }
         ::DispatchMessageA(&message);
+        if (static_cast<LONG>(message.time - begin) > 0)
+            return Pumped::Others;
+    }
+    return Pumped::All;
 }
 
-bool waitForMessages(int milliseconds)
+// Destroyed by another thread, the window gets a message for that: its end is never waited past.
+bool waitForMessages(WindowHandle window, int milliseconds)
 {
+    if (!isWindowThread(window))
+        return false;
     const DWORD time = milliseconds < 0 ? INFINITE : static_cast<DWORD>(milliseconds);
     const DWORD result =
         ::MsgWaitForMultipleObjectsEx(0, nullptr, time, QS_SENDMESSAGE | QS_POSTMESSAGE, 0);

@@ -2,7 +2,7 @@
 // variable MDTOOLS_RECORD names (a line a fact), complete once the file is there. Arguments that it
 // obeys:
 //   --exit=CODE  --until=FILE (wait for it)  --stdin (record what can be read)  --variable=NAME
-//   --silent (no record)
+//   --silent (no record)  --descriptors (record which ones are open, where the system lists them)
 // The variable MDTOOLS_EXIT is an exit code, too, for programs that set the arguments themselves.
 
 #include <chrono>
@@ -11,6 +11,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -39,6 +40,23 @@ void waitForFile(const std::string& name)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
+// The directory's own is left out.
+std::string openDescriptors()
+{
+    std::set<std::string> names;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd", ignored)) {
+        if (std::filesystem::is_symlink(entry.path(), ignored) &&
+            std::filesystem::read_symlink(entry.path(), ignored).string().find("/fd") ==
+                std::string::npos)
+            names.insert(entry.path().filename().string());
+    }
+    std::string text;
+    for (const std::string& name : names)
+        text += "descriptor: " + name + "\n";
+    return text;
+}
+
 }
 
 int main(int argc, char** argv)
@@ -56,6 +74,8 @@ int main(int argc, char** argv)
             waitForFile(value);
         else if (takeOption(argument, "variable", value))
             record += "variable: " + value + "=" + variable(value) + "\n";
+        else if (argument == "--descriptors")
+            record += openDescriptors();
         else if (argument == "--silent")
             file.clear();
         else if (argument == "--stdin")
