@@ -1,3 +1,4 @@
+#include "support/locales.h"
 #include "support/records.h"
 #include "support/text_source.h"
 
@@ -299,6 +300,20 @@ TEST(SmartRecord, letsTheStreamThrow)
         }
         if (HasFailure())
             return;
+    }
+}
+
+// Numbers are those of the format, whatever setlocale() was told.
+TEST(SmartRecord, localeDoesNotMatter)
+{
+    const std::string text = "(\na = 1.5\nb = -2.25e+20\nc = 1000000\nd = \"1,5\"\n)\n";
+    for (const char* locale : MdToolsTest::CommaLocales) {
+        SCOPED_TRACE(locale);
+        const MdToolsTest::LocaleScope scope(locale);
+        const Record record = parsed(text);
+        EXPECT_EQ(record.getReal("a"), 1.5);
+        EXPECT_EQ(written(record, ""), text);
+        EXPECT_FALSE(parsed("(a = 1,5)").exists("a")); // no number: the input ends here
     }
 }
 
