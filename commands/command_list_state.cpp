@@ -71,19 +71,24 @@ void CommandListState::abandonGroup(std::unique_ptr<CommandList> list) noexcept
     if (m_runs != 0) {
         m_hasKept = true;
     } else if (m_depth > MaxDepth) {
-        m_kept = release();
-        m_outer = std::exchange(*m_emptied, this);
+        empty(*m_emptied);
     } else {
         finish();
     }
 }
 
+// Counts as a run as well: what the ends of the commands cut off or abandon waits for the next
+// turn.
 void CommandListState::finish() noexcept
 {
-    m_hasKept = false;
-    if (m_isAbandoned || m_list != nullptr)
-        destroyNow(release(), m_depth);
-    destroyNow(std::exchange(m_kept, {}), m_depth);
+    m_runs = 1;
+    do {
+        m_hasKept = false;
+        if (m_isAbandoned || m_list != nullptr)
+            destroyNow(release(), m_depth);
+        destroyNow(std::exchange(m_kept, {}), m_depth);
+    } while (m_hasKept);
+    m_runs = 0;
     if (m_list != nullptr)
         delete std::exchange(m_list, nullptr);
     else if (m_isAbandoned)
@@ -135,14 +140,22 @@ bool CommandListState::enter(GroupCommand& group, CommandListState*& emptied, in
         return false;
     }
     state.m_group = &group;
-    state.m_kept = state.release();
-    state.m_outer = std::exchange(emptied, &state);
+    state.empty(emptied);
     return true;
+}
+
+// Counts as a run until all of them have gone.
+void CommandListState::empty(CommandListState*& emptied) noexcept
+{
+    m_runs = 1;
+    m_kept = release();
+    m_outer = std::exchange(emptied, this);
 }
 
 // The group's, or the list's, end is that of this object, too.
 void CommandListState::endEmptied() noexcept
 {
+    m_runs = 0;
     if (m_group != nullptr)
         delete m_group;
     else

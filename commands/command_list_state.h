@@ -99,6 +99,7 @@ private:
     std::vector<Command*> release() noexcept;
     static void destroyNow(std::vector<Command*> all, int depth) noexcept;
     static bool enter(GroupCommand& group, CommandListState*& emptied, int depth) noexcept;
+    void empty(CommandListState*& emptied) noexcept;
     void endEmptied() noexcept;
 
     int m_runs = 0;

@@ -442,6 +442,55 @@ TEST_F(Commands, depthAndLength)
     EXPECT_EQ(value, 0);
 }
 
+// The end of a command comes back to its list: brings another one, runs it, cuts it off, or ends
+// the list.
+TEST_F(Commands, endsThatComeBack)
+{
+    struct Guard {
+        std::function<void()> whenGone;
+        ~Guard() { whenGone(); }
+    };
+    for (const bool inGroup : {false, true}) {
+        for (const bool whileRunning : {false, true}) {
+            SCOPED_TRACE(testing::Message() << inGroup << whileRunning);
+            auto owner = std::make_unique<CommandList>();
+            auto group = std::make_unique<GroupCommand>();
+            CommandList& list = inGroup ? *group->getCommandList() : *owner;
+            auto guard = std::make_shared<Guard>();
+            guard->whenGone = [&list] {
+                log += ".";
+                Edit* const late = newEdit("N");
+                late->whenRun = [&list] { list.reset(); };
+                list.add(late);
+                list.undo();
+            };
+            list.add(std::make_unique<FunctionCommand>([guard] {}, [] {}));
+            guard.reset();
+            list.add(newEdit("A"));
+            if (inGroup)
+                owner->addGroup(std::move(group));
+            Edit* const last = newEdit("L");
+            if (whileRunning)
+                last->whenRun = [&owner] { owner->reset(); };
+            owner->add(last);
+            owner->undo();
+            owner.reset();
+            EXPECT_EQ(takeLog(), "-L~L~A.-N~N");
+        }
+    }
+    auto owner = std::make_unique<CommandList>();
+    auto guard = std::make_shared<Guard>();
+    guard->whenGone = [&owner] { owner.reset(); };
+    owner->add(std::make_unique<FunctionCommand>([guard] {}, [] {}));
+    guard.reset();
+    Edit* const last = newEdit("L");
+    last->whenRun = [&owner] { owner->reset(); };
+    owner->add(last);
+    EXPECT_TRUE(owner->undo());
+    EXPECT_EQ(owner, nullptr);
+    EXPECT_EQ(takeLog(), "-L~L");
+}
+
 // Adds its name to the log, and does what its test wants.
 class Handler : public DataChangedHandler {
 public:
