@@ -95,10 +95,14 @@ void FunctionCommand::callAll(std::function<void()> Setter::*function)
 
 GroupCommand::GroupCommand() : Command(true), m_commands(std::make_unique<CommandList>())
 {
-    m_mayBeGroup = true;
+    m_isGroup = true;
 }
 
-GroupCommand::~GroupCommand() = default;
+GroupCommand::~GroupCommand()
+{
+    CommandListState& state = *m_commands->m_state;
+    state.abandonGroup(std::move(m_commands));
+}
 
 CommandList* GroupCommand::getCommandList() const
 {
@@ -133,7 +137,7 @@ void GroupCommand::runAll(Direction direction)
         Command* const command = back ? state.stepBack() : state.stepForward();
         if (command == nullptr)
             runs.pop_back();
-        else if (command->m_mayBeGroup && typeid(*command) == typeid(GroupCommand))
+        else if (command->m_isGroup && typeid(*command) == typeid(GroupCommand))
             runs.emplace_back(*static_cast<GroupCommand*>(command)->m_commands->m_state);
         else if (back)
             command->reverse();

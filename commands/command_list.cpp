@@ -16,20 +16,20 @@ void CommandList::add(Command* command)
     add(std::unique_ptr<Command>(command));
 }
 
+// What was undone is cut off. It is destroyed once the list is whole again, as a destructor may
+// come back to it. Where something was cut off, there is room for the command.
 void CommandList::add(std::unique_ptr<Command> command)
 {
-    // What was undone is cut off. It is destroyed once the list is whole again, as a
-    // destructor may come back to it.
-    std::vector<Command*>& commands = m_state->commands;
-    const auto kept = commands.begin() + (m_state->undoPosition + 1);
-    const std::vector<Command*> undone(kept, commands.end());
-    commands.erase(kept, commands.end());
-    commands.push_back(command.get());
+    std::vector<Command*> undone;
+    if (m_state->undoPosition + 1 != m_state->size())
+        undone = m_state->cutOff(m_state->undoPosition + 1);
+    m_state->commands.push_back(command.get());
     if (Command* const added = command.release())
         ++added->m_entries;
     m_state->undoPosition = m_state->size() - 1;
     m_state->redoPosition = m_state->size();
-    m_state->destroy(undone);
+    if (!undone.empty())
+        CommandListState::destroy(std::move(undone));
     m_state->handlers.invokeDataChanged(nullptr);
 }
 

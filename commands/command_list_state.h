@@ -3,6 +3,7 @@
 #include <mdtools/command.h>
 #include <mdtools/data_changed.h>
 
+#include <memory>
 #include <vector>
 
 namespace Tools {
@@ -80,24 +81,43 @@ public:
         return nullptr;
     }
 
-    // Take all commands out and delete them.
+    // Takes all commands out and deletes them, now or when nothing runs any more.
     void clear();
-    // Deletes these, now or when nothing runs any more.
-    void destroy(const std::vector<Command*>& all);
+    // Takes the commands from `begin` on out. The caller destroys what comes back, when the list is
+    // whole again; while something runs that is nothing, because they are kept here.
+    std::vector<Command*> cutOff(int begin);
+    static void destroy(std::vector<Command*> cut);
     // The list is gone: deletes everything, itself included, now or when nothing runs any more.
-    void abandon();
+    void abandon() noexcept;
+    // The group is gone: likewise, and with the list.
+    void abandonGroup(std::unique_ptr<CommandList> list) noexcept;
 
 private:
     ~CommandListState() = default;
-    void finish();
-    std::vector<Command*> release();
-    static void destroyNow(std::vector<Command*> all);
+    void keep(int begin);
+    void finish() noexcept;
+    std::vector<Command*> release() noexcept;
+    static void destroyNow(std::vector<Command*> all, int depth) noexcept;
+    static bool enter(GroupCommand& group, CommandListState*& emptied, int depth) noexcept;
+    void empty(CommandListState*& emptied) noexcept;
+    void endEmptied() noexcept;
 
     int m_runs = 0;
     // There is something to do when nothing runs any more.
     bool m_hasKept = false;
     bool m_isAbandoned = false;
+    // Taken out of the list and to be deleted.
     std::vector<Command*> m_kept;
+
+    // While a group's list is emptied: the group that is deleted next, or the list that has lost
+    // its group, and the list that is emptied after this one.
+    GroupCommand* m_group = nullptr;
+    CommandList* m_list = nullptr;
+    CommandListState* m_outer = nullptr;
+    // While a group of a derived class is deleted by a list: to whom to hand this over, and how
+    // many such destructors are under way.
+    CommandListState** m_emptied = nullptr;
+    int m_depth = 0;
 };
 
 }

@@ -8,6 +8,10 @@ namespace Tools::Platform {
 
 class PageDecoder {
 public:
+    // False while the process has no file descriptors left to look for a page with. Then none is to
+    // be made: the system would remember for good that there are no pages.
+    static bool canLook();
+
     explicit PageDecoder(unsigned page);
     PageDecoder(const PageDecoder&) = delete;
     PageDecoder& operator=(const PageDecoder&) = delete;

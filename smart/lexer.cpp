@@ -10,7 +10,7 @@ void Lexer::storeIn(Token& token) const
     if (!m_hasToken)
         return;
     if (m_type == Token::Text || m_type == Token::Identifier)
-        token = Token(m_type, std::string(m_text));
+        token = Token(m_type, m_isComplete ? std::string(m_text) : m_savedText);
     else if (m_type == Token::Decimal)
         token = Token(m_number.decimal);
     else if (m_type == Token::Real)
@@ -28,8 +28,8 @@ void Lexer::next()
         m_hasEnded = true;
         return;
     }
-    // The stream may throw before the token is complete; by then the last one's text is gone.
-    m_hasToken = false;
+    // The stream may throw before the token is complete. Type and number change at its end only.
+    m_isComplete = false;
     switch (c) {
     case '(':
         m_type = Token::OpenParenthesis;
@@ -54,6 +54,7 @@ void Lexer::next()
         break;
     }
     m_hasToken = true;
+    m_isComplete = true;
 }
 
 // The one way past the end of the area: what follows comes from the stream, character by character
@@ -91,6 +92,13 @@ void Lexer::keepText()
     m_isInArea = false;
 }
 
+// Before the next token's text takes its place.
+void Lexer::saveText()
+{
+    if (m_hasToken && (m_type == Token::Text || m_type == Token::Identifier))
+        m_savedText.assign(m_text);
+}
+
 // Skips blanks and comments.
 void Lexer::skip()
 {
@@ -125,6 +133,7 @@ void Lexer::readQuoted()
 {
     const char* const start = m_reader.next();
     const char* const stop = findQuoteOrBackslash(start, m_reader.end());
+    saveText();
     m_buffer.clear();
     m_isInArea = stop != m_reader.end() && *stop == '"';
     if (m_isInArea) {
@@ -175,11 +184,13 @@ void Lexer::readWord(char first, bool isInArea)
 {
     const char* const start = m_reader.next();
     const char* const stop = findDelimiter(start, m_reader.end());
-    m_isInArea = isInArea && stop != m_reader.end();
-    if (m_isInArea) {
+    if (isInArea && stop != m_reader.end()) {
+        m_isInArea = true;
         m_text = std::string_view(start - 1, static_cast<std::size_t>(stop - start) + 1);
         m_reader.setNext(stop);
     } else {
+        saveText();
+        m_isInArea = false;
         m_buffer.assign(1, first);
         readRestOfWord();
     }

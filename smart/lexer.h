@@ -32,8 +32,8 @@ public:
     // Of a Decimal or a Real.
     const Number& number() const { return m_number; }
 
-    // Sets what the last token read here sets: a mark or an invalid token sets the type alone, one
-    // that the stream's exception interrupted nothing.
+    // Sets what the last complete token read here sets: a mark or an invalid token sets the type
+    // alone. One that the stream's exception interrupted does not count.
     void storeIn(Token& token) const;
 
     // The rest of the stream's area, for a caller that reads tokens there itself. It reports where
@@ -65,6 +65,7 @@ private:
     bool get(char& c);
     bool take(char wanted);
     void keepText();
+    void saveText();
     void skip();
     bool skipComment();
     void readQuoted();
@@ -81,6 +82,10 @@ private:
     std::string_view m_text;
     Token::Type m_type = Token::Invalid;
     Number m_number;
+    // The text of the last complete token while the next one, of which there is only a part yet,
+    // takes its place.
+    std::string m_savedText;
+    bool m_isComplete = true;
     bool m_hasToken = false;
     bool m_hasEnded;
     bool m_isInArea = false;

@@ -14,7 +14,8 @@ namespace {
 constexpr std::uint32_t FirstCells = 8;
 constexpr std::size_t FirstRecords = 4;
 
-// Trees up to this depth are copied and destroyed by recursion; what lies deeper waits in a list.
+// Trees up to this depth are copied and destroyed by recursion; what lies deeper waits in a list,
+// which is one of links in the records themselves where they are destroyed.
 constexpr int MaxDepth = 40;
 
 }
@@ -56,7 +57,7 @@ void RecordData::free(RecordData* data, OwnerReturn<Index>& indexes,
 // Shares the index: a copy costs no names.
 RecordData* RecordData::createLike(const RecordData& other, Arena& arena)
 {
-    RecordData* data = allocate(other.m_index, other.m_reals, arena);
+    RecordData* data = allocate(other.m_index, other.m_layout.reals, arena);
     for (const Index::Block& block : data->index().blocks())
         for (const Entry& entry : block)
             data->construct(data->typeOf(entry), entry.cell());
@@ -66,7 +67,8 @@ RecordData* RecordData::createLike(const RecordData& other, Arena& arena)
 // Nothing to note where the index holds the type of the number itself.
 void RecordData::flagReal(std::uint32_t cell, bool isReal)
 {
-    m_reals = isReal ? m_reals | realFlag(cell) : m_reals & ~realFlag(cell);
+    std::uint32_t& reals = m_layout.reals;
+    reals = isReal ? reals | realFlag(cell) : reals & ~realFlag(cell);
 }
 
 void RecordData::setType(Entry& entry, Type type, std::uint32_t cell)
@@ -86,7 +88,7 @@ Cell* RecordData::cellInBlocks(std::uint32_t cell) const
 
 std::uint32_t RecordData::capacity() const
 {
-    return m_newest != nullptr ? m_newest->firstCell + m_newest->cells : m_inlineCells;
+    return m_newest != nullptr ? m_newest->firstCell + m_newest->cells : m_layout.inlineCells;
 }
 
 // As many cells as there are already, so that blocks double.
@@ -326,7 +328,7 @@ void RecordData::copy(const Sequence& source, Sequence& target)
     Copy::run(source, target);
 }
 
-// Destroys a tree without deep recursion: what lies deeper than MaxDepth waits in a list.
+// Destroys a tree without deep recursion and without memory.
 class Release {
 public:
     void run(RecordData* data)
@@ -343,9 +345,8 @@ public:
 private:
     void finish()
     {
-        while (!m_waiting.empty()) {
-            RecordData* data = m_waiting.back();
-            m_waiting.pop_back();
+        while (m_first != nullptr) {
+            RecordData* const data = std::exchange(m_first, m_first->m_waiting);
             release(data, 0);
         }
     }
@@ -353,7 +354,8 @@ private:
     void release(SequenceData* data, int depth);
     void releaseValue(const RecordData& data, const Entry& entry, int depth);
 
-    std::vector<RecordData*> m_waiting;
+    // Of those that wait.
+    RecordData* m_first = nullptr;
     // Records within others usually have another index than those around them.
     OwnerReturn<Index> m_indexes[2];
     OwnerReturn<ArenaPage> m_pages;
@@ -364,7 +366,7 @@ void Release::release(RecordData* data, int depth)
     if (data == nullptr)
         return;
     if (depth > MaxDepth) {
-        m_waiting.push_back(data);
+        data->m_waiting = std::exchange(m_first, data);
         return;
     }
     for (const Index::Block& block : data->index().blocks())

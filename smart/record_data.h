@@ -59,7 +59,7 @@ public:
     const Index& index() const { return *m_index; }
     Type typeOf(const Entry& entry) const
     {
-        if (entry.type() == Type::Decimal && (m_reals & realFlag(entry.cell())) != 0)
+        if (entry.type() == Type::Decimal && (m_layout.reals & realFlag(entry.cell())) != 0)
             return Type::Real;
         return entry.type();
     }
@@ -109,7 +109,7 @@ private:
 
     RecordData(Shared<Index> index, Shared<ArenaPage> page, std::uint32_t cells,
                std::uint32_t reals)
-        : m_index(std::move(index)), m_page(std::move(page)), m_inlineCells(cells), m_reals(reals)
+        : m_index(std::move(index)), m_page(std::move(page)), m_layout{cells, reals}
     {}
     ~RecordData() = default;
     static RecordData* allocate(Shared<Index> index, std::uint32_t cells, std::uint32_t reals);
@@ -134,9 +134,17 @@ private:
     Block* m_newest = nullptr;
     // Where this object lies; null if it has an allocation of its own.
     Shared<ArenaPage> m_page;
-    std::uint32_t m_inlineCells;
-    // Bit n is set if the number in cell n is a real.
-    std::uint32_t m_reals;
+    struct Layout {
+        std::uint32_t inlineCells;
+        // Bit n is set if the number in cell n is a real.
+        std::uint32_t reals;
+    };
+    union {
+        Layout m_layout;
+        // While this object waits for its destruction: the one that waits behind it. Neither the
+        // number of cells nor the kind of a number matters any more by then.
+        RecordData* m_waiting;
+    };
 };
 
 // The records of a sequence: a segmented array, whose blocks of doubling size never move, so that

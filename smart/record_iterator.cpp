@@ -17,19 +17,22 @@ void Record::Iterator::settle(std::size_t block, std::size_t entry)
         m_name = found->name();
 }
 
-// True if the entry is still where it was found.
-bool Record::Iterator::isSettled() const
+// The entry where it was found, if it is still there; else null.
+const Entry* Record::Iterator::settled() const
 {
     const Entry* entry = m_record->m_data->index().at({m_block, m_entry});
-    return entry != nullptr && entry->name() == m_name;
+    return entry != nullptr && entry->name() == m_name ? entry : nullptr;
 }
 
-Record::Iterator::value_type Record::Iterator::operator*() const
+// The record may have lost the entry since, and all others, too.
+Type Record::Iterator::type() const
 {
-    const RecordData& data = *m_record->m_data;
-    const Entry* entry =
-        isSettled() ? data.index().at({m_block, m_entry}) : data.index().find(m_name);
-    return {m_name, entry != nullptr ? data.typeOf(*entry) : Type::None};
+    if (m_record->m_data == nullptr)
+        return Type::None;
+    const Entry* entry = settled();
+    if (entry == nullptr)
+        entry = m_record->m_data->index().find(m_name);
+    return entry != nullptr ? m_record->m_data->typeOf(*entry) : Type::None;
 }
 
 Record::Iterator& Record::Iterator::operator++()
@@ -40,7 +43,7 @@ Record::Iterator& Record::Iterator::operator++()
     }
     const Index& index = m_record->m_data->index();
     Index::Position position{m_block, m_entry};
-    if (!isSettled())
+    if (settled() == nullptr)
         position = index.lowerBound(Key(m_name));
     const Entry* entry = index.at(position);
     if (entry != nullptr && entry->name() == m_name)

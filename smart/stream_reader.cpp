@@ -2,7 +2,6 @@
 
 #include <climits>
 #include <cstddef>
-#include <ostream>
 #include <streambuf>
 
 namespace Tools::Smart {
@@ -22,9 +21,10 @@ public:
 
 StreamReader::StreamReader(std::istream& stream) : m_stream(stream)
 {
-    // What the stream would do before each character; once will do.
+    // What the stream does before each character, with its answer to a tied stream that throws;
+    // once will do.
     if (stream.good() && stream.tie() != nullptr)
-        stream.tie()->flush();
+        const std::istream::sentry flush(stream, true);
     fetch();
 }
 

@@ -4,6 +4,7 @@
 #include <mdtools/displayer.h>
 #include <mdtools/observer.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -181,12 +182,42 @@ TEST_F(Commands, ownershipOnEveryPath)
     EXPECT_EQ(list.undoWithDescription().getValue(), "S");
     EXPECT_EQ(takeLog(), "-S~S");
     EXPECT_EQ(join(list.getUndoDescriptions()), "N,F,");
-    auto dying = std::make_unique<CommandList>();
-    Edit* const last = newEdit("L");
-    last->whenRun = [&] { dying.reset(); };
-    dying->add(last);
-    EXPECT_TRUE(dying->undo());
-    EXPECT_EQ(takeLog(), "-L~L");
+    for (const bool redone : {false, true}) {
+        auto dying = std::make_unique<CommandList>();
+        Edit* const last = newEdit("L");
+        dying->add(last);
+        if (redone)
+            dying->undo();
+        takeLog();
+        last->whenRun = [&] { dying.reset(); };
+        EXPECT_TRUE(redone ? dying->redo() : dying->undo());
+        EXPECT_EQ(takeLog(), redone ? "+L~L" : "-L~L");
+    }
+}
+
+// What is cut off while the list runs goes when the list's own outermost step is over: neither
+// earlier, nor with the step of another list.
+TEST_F(Commands, cutOffCommandsLiveAsLongAsTheListRuns)
+{
+    CommandList outer;
+    CommandList inner;
+    Edit* const step = newEdit("I");
+    step->whenRun = [&] {
+        inner.removeAll();
+        log += ".";
+    };
+    inner.add(newEdit("J"));
+    inner.add(step);
+    Edit* const all = newEdit("O");
+    all->whenRun = [&] {
+        inner.undo();
+        outer.reset();
+        outer.undo();
+        log += "!";
+    };
+    outer.add(all);
+    outer.undo();
+    EXPECT_EQ(takeLog(), "-O-I.~I~J!~O");
 }
 
 TEST_F(Commands, handlersHearOfNewAndLostCommands)
@@ -210,6 +241,22 @@ TEST_F(Commands, handlersHearOfNewAndLostCommands)
     list.removeDataChangedHandler(&handler);
     list.removeAll();
     EXPECT_EQ(calls, 2);
+
+    // They find the list as it is afterwards, with nothing left of what it lost.
+    DataChangedFunction witness([&](const DataChangedArgument*) {
+        log += "(" + std::to_string(list.getNumberOfCommands()) + join(list.getRedoDescriptions()) +
+               ")";
+    });
+    list.add(newEdit("A"));
+    list.add(newEdit("B"));
+    list.undo();
+    list.addDataChangedHandler(&witness);
+    takeLog();
+    list.add(newEdit("C"));
+    EXPECT_EQ(takeLog(), "~B(2)");
+    list.removeAll();
+    EXPECT_EQ(takeLog(), "~C~A(0)");
+    list.removeDataChangedHandler(&witness);
 
     DataChangedFunction thrower(
         [](const DataChangedArgument*) { throw std::runtime_error("heard"); });
@@ -274,6 +321,97 @@ TEST_F(Commands, groupsAreOneStep)
     EXPECT_EQ(takeLog().size(), 8U);
 }
 
+// Does more than a group, and tells how many commands it finds at its end.
+class Macro : public GroupCommand {
+public:
+    ~Macro() override { log += "~" + std::to_string(getCommandList()->getNumberOfCommands()); }
+    void activate() override
+    {
+        log += "<";
+        GroupCommand::activate();
+        log += ">";
+    }
+    void reverse() override
+    {
+        log += ">";
+        GroupCommand::reverse();
+        log += "<";
+    }
+};
+
+// Takes itself off the list that it was added to, and counts what is left there.
+class Listener : public Edit, public DataChangedHandler {
+public:
+    Listener(const std::string& name, GroupCommand& group)
+        : Edit(name), m_list(*group.getCommandList())
+    {
+        m_list.addDataChangedHandler(this);
+    }
+    ~Listener() override
+    {
+        m_list.removeDataChangedHandler(this);
+        log += "~" + std::to_string(m_list.getNumberOfCommands());
+    }
+    void dataChanged(const DataChangedArgument*) override {}
+
+private:
+    CommandList& m_list;
+};
+
+template <class Group>
+std::unique_ptr<GroupCommand> makeListeners()
+{
+    std::unique_ptr<GroupCommand> group = std::make_unique<Group>();
+    for (const char* name : {"A", "B"})
+        group->getCommandList()->add(std::make_unique<Listener>(name, *group));
+    return group;
+}
+
+// Groups of derived classes are called, also within groups; whoever deletes them, they find their
+// commands, and these find the list.
+TEST_F(Commands, groupsOfDerivedClasses)
+{
+    auto group = std::make_unique<GroupCommand>();
+    auto macro = makeListeners<Macro>();
+    auto innermost = std::make_unique<GroupCommand>();
+    innermost->getCommandList()->addGroup(makeListeners<Macro>());
+    macro->getCommandList()->addGroup(std::move(innermost));
+    group->getCommandList()->addGroup(std::move(macro));
+    CommandList list;
+    list.addGroup(std::move(group));
+    EXPECT_TRUE(list.undo());
+    EXPECT_EQ(takeLog(), ">>-B-A<-B-A<");
+    EXPECT_TRUE(list.redo());
+    EXPECT_EQ(takeLog(), "<+A+B<+A+B>>");
+    list.reset();
+    EXPECT_EQ(takeLog(), "~3~2~0~B~0~A~0~B~0~A");
+
+    for (const bool isDerived : {false, true}) {
+        for (const char* by : {"caller", "list", "group", "list that runs"}) {
+            SCOPED_TRACE(by);
+            auto listeners = isDerived ? makeListeners<Macro>() : makeListeners<GroupCommand>();
+            CommandList owner;
+            if (by == std::string("group")) {
+                auto outer = std::make_unique<GroupCommand>();
+                outer->getCommandList()->addGroup(std::move(listeners));
+                owner.addGroup(std::move(outer));
+            } else if (by != std::string("caller")) {
+                owner.addGroup(std::move(listeners));
+            }
+            if (by == std::string("list that runs")) {
+                auto* const last = newEdit("");
+                last->whenRun = [&] { owner.reset(); };
+                owner.add(last);
+                owner.undo();
+            }
+            listeners.reset();
+            owner.reset();
+            const std::string told = takeLog();
+            EXPECT_THAT(told, ::testing::HasSubstr(isDerived ? "~2~0~B~0~A" : "~0~B~0~A"));
+        }
+    }
+}
+
 // Groups a million deep, and as many commands side by side, cost no stack.
 TEST_F(Commands, depthAndLength)
 {
@@ -302,6 +440,55 @@ TEST_F(Commands, depthAndLength)
     while (list.redo()) {
     }
     EXPECT_EQ(value, 0);
+}
+
+// The end of a command comes back to its list: brings another one, runs it, cuts it off, or ends
+// the list.
+TEST_F(Commands, endsThatComeBack)
+{
+    struct Guard {
+        std::function<void()> whenGone;
+        ~Guard() { whenGone(); }
+    };
+    for (const bool inGroup : {false, true}) {
+        for (const bool whileRunning : {false, true}) {
+            SCOPED_TRACE(testing::Message() << inGroup << whileRunning);
+            auto owner = std::make_unique<CommandList>();
+            auto group = std::make_unique<GroupCommand>();
+            CommandList& list = inGroup ? *group->getCommandList() : *owner;
+            auto guard = std::make_shared<Guard>();
+            guard->whenGone = [&list] {
+                log += ".";
+                Edit* const late = newEdit("N");
+                late->whenRun = [&list] { list.reset(); };
+                list.add(late);
+                list.undo();
+            };
+            list.add(std::make_unique<FunctionCommand>([guard] {}, [] {}));
+            guard.reset();
+            list.add(newEdit("A"));
+            if (inGroup)
+                owner->addGroup(std::move(group));
+            Edit* const last = newEdit("L");
+            if (whileRunning)
+                last->whenRun = [&owner] { owner->reset(); };
+            owner->add(last);
+            owner->undo();
+            owner.reset();
+            EXPECT_EQ(takeLog(), "-L~L~A.-N~N");
+        }
+    }
+    auto owner = std::make_unique<CommandList>();
+    auto guard = std::make_shared<Guard>();
+    guard->whenGone = [&owner] { owner.reset(); };
+    owner->add(std::make_unique<FunctionCommand>([guard] {}, [] {}));
+    guard.reset();
+    Edit* const last = newEdit("L");
+    last->whenRun = [&owner] { owner->reset(); };
+    owner->add(last);
+    EXPECT_TRUE(owner->undo());
+    EXPECT_EQ(owner, nullptr);
+    EXPECT_EQ(takeLog(), "-L~L");
 }
 
 // Adds its name to the log, and does what its test wants.
@@ -349,6 +536,28 @@ TEST_F(Commands, dataChanged)
     };
     manager.invokeDataChanged(nullptr);
     EXPECT_EQ(takeLog(), "abd");
+    // One that brings another one during the round; what comes after it by its address is called.
+    handlers[3].whenCalled = [&] {
+        handlers[3].whenCalled = nullptr;
+        for (const int i : {0, 1, 2})
+            manager.addDataChangedHandler(&handlers[static_cast<std::size_t>(i)]);
+    };
+    handlers[1].whenCalled = nullptr;
+    manager.removeDataChangedHandler(&handlers[0]);
+    manager.invokeDataChanged(nullptr);
+    EXPECT_EQ(takeLog(), "d");
+    manager.invokeDataChanged(nullptr);
+    EXPECT_EQ(takeLog(), "abcd");
+    Handler late("e");
+    handlers[0].whenCalled = [&] { manager.addDataChangedHandler(&late); };
+    manager.invokeDataChanged(nullptr);
+    EXPECT_THAT(takeLog(), ::testing::AnyOf("abcd", "abcde", "eabcd"));
+    handlers[0].whenCalled = nullptr;
+    manager.invokeDataChanged(nullptr);
+    EXPECT_EQ(takeLog().size(), 5U);
+    manager.removeDataChangedHandler(&late);
+    for (const int i : {0, 1, 2})
+        manager.removeDataChangedHandler(&handlers[static_cast<std::size_t>(i)]);
     handlers[3].whenCalled = [&] { manager = copy; };
     manager.invokeDataChanged(nullptr);
     EXPECT_EQ(takeLog(), "d");

@@ -98,6 +98,13 @@ TEST(DoubleByte, search)
     EXPECT_EQ(Tools::replaceAll(So + "\\" + So, "\\", "/"), So + "/" + So);
     EXPECT_EQ(Tools::replaceLast("\\" + So, "\\", "/"), "/" + So);
     EXPECT_EQ(Tools::replaceAll("\x83\x83\x5C\x83\x5C", So, "!"), "\x83\x83\x5C!");
+    // A first byte before a NUL is a character of its own.
+    const std::string half("\x83\0a\x83\0", 5);
+    EXPECT_EQ(Tools::replaceAll(half, "a", "b"), std::string("\x83\0b\x83\0", 5));
+    EXPECT_EQ(Tools::replaceAll(half, std::string(1, '\0'), "0"), "\x83"
+                                                                  "0a\x83"
+                                                                  "0");
+    EXPECT_EQ(Tools::replaceAll(half, "\x83", "c"), std::string("c\0ac\0", 5));
     // Every other candidate lies between characters.
     std::string text;
     for (int i = 0; i < 200000; ++i)
@@ -140,6 +147,11 @@ TEST(DoubleByte, characters)
     EXPECT_FALSE(Tools::containsAny(So, "\\", true));
     EXPECT_TRUE(Tools::containsAny("x" + So, A + So, true));
     EXPECT_FALSE(Tools::containsAny(A, So, true));
+    // A set in no order.
+    for (const std::string& wanted : {A, So, std::string("\x88\x9F"), std::string("z")}) {
+        EXPECT_TRUE(Tools::containsAny("x" + wanted, "z\x88\x9F" + So + A, true)) << wanted;
+        EXPECT_TRUE(Tools::containsAny("x" + wanted, A + So + "\x88\x9Fz", true)) << wanted;
+    }
     EXPECT_EQ(Tools::replaceAny(A + "\\" + So + "A", "A" + So, '_'), A + "\\__");
     EXPECT_TRUE(Tools::startsWith(So + "x", "\x83", true)); // bytes
     EXPECT_TRUE(Tools::endsWith(A, "a", false));            // bytes again

@@ -57,7 +57,10 @@ TEST(Encoding, conversionAtEveryLength)
 {
     for (std::size_t size = 1; size < 70; ++size) {
         for (std::size_t place = 0; place < size; ++place) {
-            for (const auto& [byte, unit] : {std::pair('\xE9', L'\u00E9'), {'\x99', L'\u2122'}}) {
+            for (const auto& [byte, unit] : {std::pair('\xE9', L'\u00E9'),
+                                             {'\x99', L'\u2122'},
+                                             {'\x80', L'\u20AC'},
+                                             {'\x9F', L'\u0178'}}) {
                 std::string narrow(size, 'x');
                 std::wstring wide(size, L'x');
                 narrow[place] = byte;
@@ -97,7 +100,28 @@ TEST(Mbcs, comparisons)
     EXPECT_TRUE(Mbcs::endsWith("Abc", "bc"));
     EXPECT_FALSE(Mbcs::endsWith("c", "bc"));
     EXPECT_THAT(Mbcs::tokenize("a;;b", ";"), ElementsAre("a", "b"));
+}
+
+TEST(Mbcs, sameAsForText)
+{
+    std::string text = "\xC4 aB";
+    EXPECT_EQ(&Mbcs::strlwr(text), &text);
+    EXPECT_EQ(text, "\xE4 ab");
+    EXPECT_EQ(&Mbcs::strupr(text), &text);
+    EXPECT_EQ(text, "\xC4 AB");
+    EXPECT_EQ(Mbcs::strlwr(text.data()), text.data());
+    EXPECT_EQ(text, "\xE4 ab");
+    EXPECT_EQ(Mbcs::strupr(text.data()), text.data());
+    EXPECT_EQ(text, "\xC4 AB");
+    EXPECT_EQ(Mbcs::toLower("\x8A\xD7Q"), "\x9A\xD7q");
+    EXPECT_EQ(Mbcs::toUpper("\x9A\xF7q"), "\x8A\xF7Q");
+    EXPECT_EQ(Mbcs::trim(" a ", " "), "a");
+    EXPECT_EQ(Mbcs::trimStart(" a ", " "), "a ");
+    EXPECT_EQ(Mbcs::trimEnd(" a ", " "), " a");
     EXPECT_EQ(Mbcs::tryParseInt("7x").getValue(), 7);
+    EXPECT_EQ(Mbcs::tryParseLong(" -8").getValue(), -8);
+    EXPECT_FALSE(Mbcs::tryParseLong("2147483648").hasValue());
+    EXPECT_EQ(Mbcs::tryParseDouble("1.5x").getValue(), 1.5);
 }
 
 TEST(Unicode16, equality)
@@ -123,6 +147,11 @@ TEST(Unicode16, equality)
         {L"\u0100", L"\u0101", true},
         {L"\u0101", L"\u0102", false},
         {L"ab", L"abc", false},
+        // Beyond 16 bits letters keep their case, and nothing is cut off.
+        {L"\U00010400", L"\U00010428", false},
+        {L"\U00010400", L"\U00010400", true},
+        {L"\U00010041", L"a", false},
+        {L"\U00010041", L"\U00010061", false},
         {nullptr, nullptr, true},
         {L"", nullptr, false},
     };

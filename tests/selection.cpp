@@ -60,14 +60,4 @@ TEST(SelectableObject, testsKnowOneFlagEach)
     }
 }
 
-TEST(Interface, isNotDeletedAtFirst)
-{
-    class Entity : public Tools::Interface {};
-    Entity entity;
-    EXPECT_FALSE(entity.getDeleted());
-    entity.setDeleted(true);
-    const Entity copy(entity);
-    EXPECT_TRUE(copy.getDeleted());
-}
-
 }

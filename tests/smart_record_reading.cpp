@@ -1,3 +1,4 @@
+#include "support/locales.h"
 #include "support/records.h"
 #include "support/text_source.h"
 
@@ -116,22 +117,6 @@ TEST(SmartRecord, mergesWhatItReads)
               "Sequence::operator[](size_t index)");
 }
 
-TEST(SmartRecord, letsTheStreamThrow)
-{
-    const std::string word(100, 'w');
-    for (const std::string& input : {"(a = \"" + word + "\" " + word, "(" + word + " \"" + word}) {
-        TextSource source(input, {7, true});
-        std::istream stream(&source);
-        stream.exceptions(std::ios_base::failbit);
-        IstreamTokenIterator tokens(stream);
-        Record record;
-        EXPECT_THROW(record.readFrom(tokens), std::ios_base::failure);
-        EXPECT_EQ(record.existsText("a"), input[1] == 'a');
-        EXPECT_EQ(tokens->getType(), Token::OpenParenthesis);
-        EXPECT_EQ(tokens->getValText(), "");
-    }
-}
-
 // The grammar as it is told in the header, token by token into ordered maps.
 class LiteralReader {
 public:
@@ -237,6 +222,18 @@ std::string randomInput(std::mt19937& random, int round)
     return input + "rest";
 }
 
+void expectSameToken(const IstreamTokenIterator& a, const IstreamTokenIterator& b)
+{
+    EXPECT_EQ(a.end(), b.end());
+    EXPECT_EQ(a->getType(), b->getType());
+    if (a->getType() == Token::Text || a->getType() == Token::Identifier) {
+        EXPECT_EQ(a->getValText(), b->getValText());
+    } else if (a->getType() == Token::Decimal || a->getType() == Token::Real) {
+        EXPECT_EQ(a->getValDecimal(), b->getValDecimal());
+        EXPECT_EQ(a->getValReal(), b->getValReal());
+    }
+}
+
 TEST(SmartRecord, readsLikeTheLiteralReader)
 {
     std::mt19937 random(11);
@@ -259,12 +256,119 @@ TEST(SmartRecord, readsLikeTheLiteralReader)
         EXPECT_EQ(dump(record), LiteralReader::textOf(entries));
         EXPECT_EQ(stream.rdstate(), literalStream.rdstate());
         EXPECT_EQ(source.position(), literalSource.position());
-        EXPECT_EQ(tokens.end(), literalTokens.end());
-        EXPECT_EQ(tokens->getType(), literalTokens->getType());
-        if (tokens->getType() == Token::Text || tokens->getType() == Token::Identifier) {
-            EXPECT_EQ(tokens->getValText(), literalTokens->getValText());
-        }
+        expectSameToken(tokens, literalTokens);
         EXPECT_EQ(dump(Record(record)), dump(record));
+    }
+}
+
+// What the exception of a stream leaves behind, however it comes about: the token that stepping by
+// hand would stop at, so that nobody goes on within the record as if nothing had happened.
+TEST(SmartRecord, letsTheStreamThrow)
+{
+    const std::string word(40, 'w');
+    const std::string input = "(a = \"" + word + "\" # c\n \"b\" " + word + " = 12.5 " +
+                              "l = [(x = 1) (x = 2) (x = \"\\\"\")] n = (" + word + " = (b = 3)))";
+    for (std::size_t size = 1; size < input.size(); ++size) {
+        for (const TextSource::Kind kind : TextSource::Kinds) {
+            // Without an area and putting back not even the first token can be read.
+            if (kind.area == 0 && !kind.canPutBack)
+                continue;
+            for (const bool bufferThrows : {false, true}) {
+                SCOPED_TRACE(input.substr(0, size) + " (" + std::to_string(kind.area) + ", " +
+                             std::to_string(bufferThrows) + ")");
+                TextSource source(input.substr(0, size), kind, bufferThrows);
+                TextSource literalSource(input.substr(0, size), kind, bufferThrows);
+                std::istream stream(&source);
+                std::istream literalStream(&literalSource);
+                IstreamTokenIterator tokens(stream);
+                IstreamTokenIterator literalTokens(literalStream);
+                for (std::istream* const each : {&stream, &literalStream})
+                    each->exceptions(bufferThrows ? std::ios_base::badbit : std::ios_base::eofbit);
+                Record record;
+                LiteralReader::Entries entries;
+                const auto read = [&] { record.readFrom(tokens); };
+                const auto readLiterally = [&] {
+                    LiteralReader(literalTokens).readRecord(entries);
+                };
+                const char* const message = "nothing thrown";
+                EXPECT_NE(messageOf<std::exception>(read), message);
+                EXPECT_NE(messageOf<std::exception>(readLiterally), message);
+                expectSameToken(tokens, literalTokens);
+                EXPECT_EQ(stream.rdstate(), literalStream.rdstate());
+                EXPECT_EQ(source.position(), literalSource.position());
+            }
+        }
+        if (HasFailure())
+            return;
+    }
+}
+
+// Numbers are those of the format, whatever setlocale() was told.
+TEST(SmartRecord, localeDoesNotMatter)
+{
+    const std::string text = "(\na = 1.5\nb = -2.25e+20\nc = 1000000\nd = \"1,5\"\n)\n";
+    for (const char* locale : MdToolsTest::CommaLocales) {
+        SCOPED_TRACE(locale);
+        const MdToolsTest::LocaleScope scope(locale);
+        const Record record = parsed(text);
+        EXPECT_EQ(record.getReal("a"), 1.5);
+        EXPECT_EQ(written(record, ""), text);
+        EXPECT_FALSE(parsed("(a = 1,5)").exists("a")); // no number: the input ends here
+    }
+}
+
+// A number that goes on after the end of the stream's area.
+TEST(SmartRecord, readsNumbersAcrossAreas)
+{
+    const std::string record = "(a = 9007199254740993." + std::string(44, '0') + "1 b = 7)\n";
+    const std::string input = "[" + record + record + record + "]";
+    for (std::size_t area = 40; area < 3 * record.size(); ++area) {
+        SCOPED_TRACE(area);
+        TextSource source(input, {area, true});
+        std::istream stream(&source);
+        Sequence sequence;
+        sequence.readFrom(stream);
+        EXPECT_EQ(dump(sequence), "[(a:r9007199254740994 b:7 )(a:r9007199254740994 b:7 )"
+                                  "(a:r9007199254740994 b:7 )]");
+    }
+}
+
+// The token itself, as well where the reader knows the records' structure already.
+TEST(SmartRecord, saysWhichTokenIsWrong)
+{
+    struct Case {
+        const char* text;
+        Token::Type wanted;
+        Token token;
+    };
+    static const Case cases[] = {
+        {"word", Token::OpenParenthesis, Token(Token::Identifier, "word")},
+        {"[", Token::OpenParenthesis, Token(Token::OpenBracket)},
+        {"(5", Token::Identifier, Token(5)},
+        {"(a \"t\"", Token::Equals, Token(Token::Text, "t")},
+        {"(a = b", Token::Text, Token(Token::Identifier, "b")},
+        {"(l = [(a = 1 b = 1.5) (a = 1 2.5", Token::Identifier, Token(2.5)},
+        {"(l = [(a = 1 b = 2) (a = 1 b = c", Token::Text, Token(Token::Identifier, "c")},
+        {"(l = [(a = 1 b = 2) 7", Token::OpenParenthesis, Token(7)},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
+        for (const bool isRecord : {true, false}) {
+            std::istringstream stream(isRecord ? c.text : "[" + std::string(c.text));
+            Record record;
+            Sequence sequence;
+            try {
+                isRecord ? record.readFrom(stream) : sequence.readFrom(stream);
+                ADD_FAILURE() << "nothing thrown";
+            } catch (const WrongToken& e) {
+                EXPECT_EQ(e.getWanted(), c.wanted);
+                EXPECT_EQ(e.getActual(), c.token.getType());
+                EXPECT_EQ(e.getToken().getType(), c.token.getType());
+                EXPECT_EQ(e.getToken().getValText(), c.token.getValText());
+                EXPECT_EQ(e.getToken().getValDecimal(), c.token.getValDecimal());
+                EXPECT_EQ(e.getToken().getValReal(), c.token.getValReal());
+            }
+        }
     }
 }
 

@@ -1,8 +1,10 @@
+#include "support/files.h"
 #include "support/records.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <fstream>
 #include <limits>
 #include <locale>
 #include <stdexcept>
@@ -240,6 +242,19 @@ TEST(SmartRecord, failsAsTheStreamDoes)
                 SCOPED_TRACE(std::to_string(way) + " " + std::to_string(line));
                 EXPECT_EQ(outcome(way, line, throws, true), outcome(way, line, throws, false));
             }
+}
+
+// A text that is longer than the stream's buffer, and the first thing that comes there.
+TEST(SmartRecord, writesLongTextsToFiles)
+{
+    const std::string path = workPath("long.txt");
+    Record record;
+    record.setText("a", std::string(5000, 'x')).setDecimal("b", 1);
+    {
+        std::ofstream file(path, std::ios_base::binary);
+        record.writeTo(file, 0, "");
+    }
+    EXPECT_EQ(readFile(path), "(\na = \"" + std::string(5000, 'x') + "\"\nb = 1\n)\n");
 }
 
 // Texts without backslashes come back, whatever else is in the tree.

@@ -415,6 +415,66 @@ TEST(SmartToken, throwsWhenTheStreamDoes)
     EXPECT_EQ(i->getValText(), "a");
 }
 
+// Counts its flushes; they fail or throw.
+class Prompt : public std::stringbuf {
+public:
+    enum Answer { Good, Fails, Throws };
+    explicit Prompt(Answer answer) : m_answer(answer) {}
+    int flushes = 0;
+
+protected:
+    int sync() override
+    {
+        ++flushes;
+        if (m_answer == Throws)
+            throw std::runtime_error("no terminal");
+        return m_answer == Good ? 0 : -1;
+    }
+
+private:
+    Answer m_answer;
+};
+
+// A tied stream is flushed before something is read; its failure and its exception have the
+// consequences that they have for get().
+TEST(SmartToken, flushesTheTiedStream)
+{
+    for (const Prompt::Answer answer : {Prompt::Good, Prompt::Fails, Prompt::Throws}) {
+        for (const std::ios_base::iostate ofTied :
+             {std::ios_base::goodbit, std::ios_base::badbit}) {
+            for (const std::ios_base::iostate own :
+                 {std::ios_base::goodbit, std::ios_base::badbit}) {
+                SCOPED_TRACE(::testing::Message() << answer << ", " << ofTied << ", " << own);
+                std::ios_base::iostate states[2];
+                bool hasThrown[2];
+                for (const bool byToken : {false, true}) {
+                    Prompt prompt(answer);
+                    std::ostream tied(&prompt);
+                    tied.exceptions(ofTied);
+                    std::istringstream stream("word next");
+                    stream.tie(&tied);
+                    stream.exceptions(own);
+                    hasThrown[byToken] = false;
+                    bool isAtEnd = false;
+                    try {
+                        if (byToken)
+                            isAtEnd = IstreamTokenIterator(stream).end();
+                        else
+                            isAtEnd = stream.get() == std::char_traits<char>::eof();
+                        EXPECT_EQ(isAtEnd, stream.fail());
+                    } catch (const std::exception&) {
+                        hasThrown[byToken] = true;
+                    }
+                    states[byToken] = stream.rdstate();
+                    EXPECT_GE(prompt.flushes, 1);
+                }
+                EXPECT_EQ(states[true], states[false]);
+                EXPECT_EQ(hasThrown[true], hasThrown[false]);
+            }
+        }
+    }
+}
+
 TEST(SmartToken, readsBadStreams)
 {
     std::istream none(nullptr);

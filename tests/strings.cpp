@@ -3,10 +3,13 @@
 #define strlwr lowercase
 #include <mdtools/strings.h>
 
+#include "support/locales.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
+#include <chrono>
 #include <climits>
 #include <clocale>
 #include <cmath>
@@ -55,6 +58,11 @@ TEST(Strings, compareAtEveryLength)
             std::string other = lower;
             other[place] = '\xC9';
             EXPECT_FALSE(Tools::Strieq(upper, other));
+            EXPECT_FALSE(Tools::Streq(lower, other));
+            EXPECT_FALSE(Tools::Streq(lower.c_str(), other.c_str()));
+            EXPECT_FALSE(Tools::startsWith(lower, other, true));
+            EXPECT_FALSE(Tools::endsWith(lower, other, true));
+            EXPECT_TRUE(Tools::Streq(std::string(other), other.c_str()));
             EXPECT_EQ(sign(Tools::stricmp(upper, other.c_str())), -1);
             EXPECT_EQ(sign(Tools::stricmp(other.c_str(), upper)), 1);
             EXPECT_EQ(sign(Tools::strcmp(lower.c_str(), other.c_str())), -1);
@@ -132,21 +140,37 @@ TEST(Strings, search)
             const std::string text = std::string(place, 'x') + "a" + std::string(size - 1, 'x');
             EXPECT_TRUE(Tools::stristr(text, sought)) << size << " at " << place;
             EXPECT_FALSE(Tools::stristr(text.substr(0, text.size() - 1), sought));
+            // Candidates that overlap the place, and that fit but for their middle.
+            const std::string run = std::string(place, 'a') + std::string(size, 'a') + "b";
+            EXPECT_TRUE(Tools::stristr(run, std::string(size, 'a') + "B"));
+            EXPECT_EQ(Tools::replaceAll(run, std::string(size, 'a') + "b", "!"),
+                      std::string(place, 'a') + "!");
+            const std::string side(size, 'a');
+            EXPECT_FALSE(Tools::stristr(run + run, side + "c" + side));
+            EXPECT_FALSE(Tools::stristr(std::string(place + 2 * size + 1, 'a'), side + "B" + side));
         }
+        // No candidate anywhere.
+        EXPECT_FALSE(Tools::stristr(std::string(100, 'x'), sought));
+        EXPECT_EQ(Tools::replaceAll(std::string(100, 'x'), sought, "!"), std::string(100, 'x'));
     }
 }
 
-// Text on which comparing every candidate would take hours.
+// Text on which comparing every candidate takes many minutes, and a single walk no second.
 TEST(Strings, searchIsLinear)
 {
-    const std::string half(500000, 'a');
-    const std::string text = half + half;
+    const auto begin = std::chrono::steady_clock::now();
+    const std::string half(2000000, 'a');
+    const std::string text = half + half + half;
     EXPECT_TRUE(Tools::stristr(text + "b", half + "B"));
     EXPECT_FALSE(Tools::stristr(text, half + "B"));
     EXPECT_FALSE(Tools::stristr(text, "B" + half));
-    EXPECT_EQ(Tools::replaceAll(text + "b" + text, half + "b", "!"), half + "!" + text);
+    EXPECT_FALSE(Tools::stristr(text, half + "B" + half));
+    EXPECT_EQ(Tools::replaceAll(text, half + "b" + half, "!"), text);
+    EXPECT_EQ(Tools::replaceLast(text, half + "b" + half, "!"), text);
+    EXPECT_EQ(Tools::replaceAll(text + "b" + text, half + "b", "!"), half + half + "!" + text);
     EXPECT_EQ(Tools::replaceLast(half + "b" + text, half + "b", "!"), "!" + text);
-    EXPECT_EQ(Tools::replaceLast("b" + text, "b" + half, "!"), "!" + half);
+    EXPECT_EQ(Tools::replaceLast("b" + text, "b" + half, "!"), "!" + half + half);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));
 }
 
 TEST(Strings, affixes)
@@ -244,11 +268,16 @@ TEST(Strings, caseOfThePage)
         {"\xD7\xF7\xDF", "\xD7\xF7\xDF", "\xD7\xF7\xDF"}, // no letters, and one without partner
         {"\x83\xB5\xAA", "\x83\xB5\xAA", "\x83\xB5\xAA"}, // partners that are not in the page
     };
-    const char* const before = std::setlocale(LC_ALL, nullptr);
-    ASSERT_STREQ(before, "C");
-    for (const Case& c : cases) {
-        EXPECT_EQ(Tools::toLower(c.text), c.lower);
-        EXPECT_EQ(Tools::toUpper(c.text), c.upper);
+    ASSERT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
+    for (const char* locale : MdToolsTest::CommaLocales) {
+        const MdToolsTest::LocaleScope scope(locale);
+        for (const Case& c : cases) {
+            EXPECT_EQ(Tools::toLower(c.text), c.lower);
+            EXPECT_EQ(Tools::toUpper(c.text), c.upper);
+            EXPECT_TRUE(Tools::startsWith(c.text, c.lower, false));
+            EXPECT_EQ(Tools::Strieq("\x8A\xC4", "\x9A\xE4"), false); // the fixed table lacks one
+            EXPECT_EQ(std::string(Tools::skipSpaces("\xA0")), "\xA0");
+        }
     }
     EXPECT_EQ(Tools::toLower(bytes("A\0B", 3)), bytes("a\0b", 3));
 }
@@ -494,13 +523,23 @@ TEST(Strings, realNumbers)
         {"0x1.8p-1074", false, 1e-323},
         {"9007199254740993", true, 9007199254740992.0},
         {"0.1", true, 0.1},
+        {"18446744073709551617", true, 18446744073709551616.0}, // more than 64 bits
+        // Ties, to the even neighbour unless a digit far away says more.
+        {"0x1.00000000000008p0", true, 0x1p0},
+        {"0x1.00000000000018p0", true, 0x1.0000000000002p0},
+        {"0x1.000000000000080000000000000000000000000000000001p0", true, 0x1.0000000000001p0},
+        {"4503599627370496.5", true, 4503599627370496.0},
+        {"4503599627370497.5", true, 4503599627370498.0},
+        {"4503599627370496.50000000000000000000000000000000000001", true, 4503599627370497.0},
+        // 16 digits and some decimals: the last bit depends on them.
+        {"1234567890123456.7", true, 0x1.18b54f22aeb02cp50},
+        {"1234567890123456.9", true, 0x1.18b54f22aeb03ap50},
+        {"8765432109876543.21", true, 8765432109876543.0},
         {"123456789012345678901234567890", true, 123456789012345678901234567890.0},
         {"0.30000000000000004", true, 0.30000000000000004},
     };
-    const std::string before = std::setlocale(LC_ALL, nullptr);
-    for (const char* locale : {"C", "de_DE.UTF-8", "German_Germany.1252"}) {
-        if (std::setlocale(LC_ALL, locale) == nullptr)
-            continue;
+    for (const char* locale : MdToolsTest::CommaLocales) {
+        const MdToolsTest::LocaleScope scope(locale);
         for (const Case& c : cases) {
             SCOPED_TRACE(c.text);
             EXPECT_EQ(Tools::tryParseDouble(c.text).hasValue(), c.isNumber);
@@ -509,7 +548,6 @@ TEST(Strings, realNumbers)
             EXPECT_EQ(Tools::atof(std::string(c.text)), c.value);
         }
     }
-    std::setlocale(LC_ALL, before.c_str());
     EXPECT_FALSE(std::signbit(Tools::atof("-")));
     EXPECT_TRUE(std::signbit(Tools::atof("-0")));
     EXPECT_TRUE(std::isnan(Tools::tryParseDouble("nan(x)").getValue()));

@@ -1,9 +1,11 @@
 #include "text/code_page.h"
 
 #include "platform/codepage.h"
+#include "text/process_object.h"
 #include "text/unicode_case.h"
 
 #include <algorithm>
+#include <memory>
 #include <numeric>
 #include <string>
 
@@ -42,11 +44,11 @@ void setPartner(CodePage::CaseMap& map, char16_t from, char16_t to)
 
 }
 
-// Never destroyed: text is compared until the very end of the process.
 const CodePage& CodePage::get()
 {
-    static const CodePage* const instance = new CodePage;
-    return *instance;
+    static constinit ProcessObject<CodePage> object;
+    return object.get([] { return std::unique_ptr<CodePage>(new CodePage); },
+                      [](Platform::LibraryEnd end) { object.free(end); });
 }
 
 CodePage::CodePage()

@@ -9,8 +9,7 @@
 namespace Tools {
 
 // Which bytes begin a double-byte character in the process's code page, and how its letters change
-// case. Made from the page on first use and never changed or destroyed, so that any thread may use
-// it at any time.
+// case. Made from the page on first use (ProcessObject): any thread may use it at any time.
 class CodePage {
 public:
     static const CodePage& get();

@@ -1,18 +1,24 @@
 #include "platform/codepage.h"
 
 #include "platform/environment.h"
+#include "platform/lifetime.h"
 #include "platform/page_decoder.h"
+#include "text/page_differences.h"
 #include "text/utf8.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-// The process's code page where the system has none: tables that are filled on first use, and never
-// changed or destroyed, because text is compared and converted until the very end of the process.
+// The process's code page where the system has none: tables that are filled on first use and never
+// changed, because text is compared and converted until the very end of the process. What iconv
+// knows is put right where the pages of Windows differ, so that narrow text is the same there.
 namespace Tools::Platform {
 
 namespace {
@@ -39,18 +45,31 @@ constexpr DoubleBytePage DoubleBytePages[] = {{932, 0x81, 0x9F, 0xE0, 0xFC, 0x30
                                               {949, 0x81, 0xFE, 1, 0, u'?'},
                                               {950, 0x81, 0xFE, 1, 0, u'?'}};
 
+constexpr unsigned Utf8Page = 65001;
+
+// Page 720, which iconv lacks, is page 1252 with differences.
+bool needsDecoder(unsigned number)
+{
+    return number != 1252 && number != 720 && number != Utf8Page;
+}
+
 // A code page as tables: from bytes and from units. 0 in `narrow` is "not in the page", except for
 // NUL itself; a value above 0xFF is a double-byte character, its first byte above.
 class Page {
 public:
     explicit Page(unsigned number) : m_narrow(0x10000)
     {
-        if (number == 65001)
+        if (number == Utf8Page) {
             m_isUtf8 = true;
-        else if (!readDoubleBytePage(number) && !readSingleBytePage(number))
+            return;
+        }
+        if (!readDoubleBytePage(number) && !readSingleBytePage(number)) {
             setPage1252();
-        if (!m_isUtf8)
-            fillNarrow();
+            number = needsDecoder(number) ? 1252 : number;
+        }
+        apply(PageDifference::Read, number);
+        fillNarrow();
+        apply(PageDifference::Write, number);
     }
 
     bool isUtf8() const { return m_isUtf8; }
@@ -71,6 +90,7 @@ private:
     void setPage1252();
     bool readSingles(PageDecoder& decoder);
     void fillNarrow();
+    void apply(PageDifference::Kind kind, unsigned number);
 
     bool m_isUtf8 = false;
     std::array<bool, 256> m_isLead{};
@@ -110,7 +130,7 @@ bool Page::readDoubleBytePage(unsigned number)
 
 bool Page::readSingleBytePage(unsigned number)
 {
-    if (number == 1252)
+    if (!needsDecoder(number))
         return false;
     PageDecoder decoder(number);
     return decoder.isKnown() && readSingles(decoder);
@@ -177,6 +197,27 @@ void Page::fillNarrow()
     }
 }
 
+// What the system that made the pages has otherwise.
+void Page::apply(PageDifference::Kind kind, unsigned number)
+{
+    const int index = PageDifferences::indexOf(number);
+    if (index < 0)
+        return;
+    for (const PageDifference* row = PageDifferences::begin(); row != PageDifferences::end();
+         ++row) {
+        if (row->kind != kind || (row->pages >> index & 1) == 0)
+            continue;
+        for (unsigned i = 0; i < row->count; ++i) {
+            const auto unit = static_cast<char16_t>(row->unit + i * row->unitStep);
+            const auto code = static_cast<std::uint16_t>(row->code + i * row->codeStep);
+            if (kind == PageDifference::Write)
+                m_narrow[unit] = code;
+            else
+                (code > 0xFF ? m_pairs[code] : m_singles[code]) = unit;
+        }
+    }
+}
+
 // Anything but a number means 1252, as a page does that iconv does not know.
 unsigned configuredPage()
 {
@@ -191,10 +232,45 @@ unsigned configuredPage()
     return digits.empty() ? 1252 : number;
 }
 
+// The page's tables. The others are made of these (ProcessObject), so that these are freed last.
+std::atomic<const Page*> s_page{nullptr};
+std::atomic<const Page*> s_standIn{nullptr};
+
+void freePages(LibraryEnd end)
+{
+    if (end != LibraryEnd::Unloading)
+        return;
+    delete s_page.exchange(nullptr);
+    delete s_standIn.exchange(nullptr);
+}
+
+const Page& keep(std::atomic<const Page*>& target, std::unique_ptr<const Page> made)
+{
+    const Page* before = nullptr;
+    if (!target.compare_exchange_strong(before, made.get()))
+        return *before;
+    const Page& result = *made.release();
+    onLibraryEnd(freePages);
+    return result;
+}
+
+// Nothing is remembered of a failure that is none of the page.
+const Page& makePage()
+{
+    const unsigned number = configuredPage();
+    if (!needsDecoder(number) || PageDecoder::canLook()) {
+        auto page = std::make_unique<const Page>(number);
+        if (!needsDecoder(number) || PageDecoder::canLook())
+            return keep(s_page, std::move(page));
+    }
+    const Page* const standIn = s_standIn.load(std::memory_order_acquire);
+    return standIn != nullptr ? *standIn : keep(s_standIn, std::make_unique<const Page>(1252U));
+}
+
 const Page& page()
 {
-    static const Page* const instance = new Page(configuredPage());
-    return *instance;
+    const Page* const made = s_page.load(std::memory_order_acquire);
+    return made != nullptr ? *made : makePage();
 }
 
 // The code point at `p`, which is moved to what follows. A program's own literal may hold whole
@@ -231,6 +307,11 @@ void appendNarrow(std::string& text, const Page& page, wchar_t unit)
     text += static_cast<char>(code & 0xFF);
 }
 
+}
+
+bool isCodePageKnown()
+{
+    return &page() == s_page.load(std::memory_order_acquire);
 }
 
 void readLeadBytes(bool (&isLead)[256])

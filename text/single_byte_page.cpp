@@ -1,6 +1,8 @@
 #include "text/single_byte_page.h"
 
 #include "platform/codepage.h"
+#include "text/process_object.h"
+
 #include <algorithm>
 #include <bit>
 #include <numeric>
@@ -54,9 +56,12 @@ ByteBlock::Mask unequalBytes(ByteBlock bytes, bool isLatin)
 
 const SingleBytePage* SingleBytePage::get()
 {
-    static const SingleBytePage* const instance =
-        Platform::isSingleBytePage() ? make().release() : nullptr;
-    return instance;
+    using Answer = std::unique_ptr<const SingleBytePage>;
+    static constinit ProcessObject<Answer> object;
+    const auto find = [] {
+        return std::make_unique<Answer>(Platform::isSingleBytePage() ? make() : nullptr);
+    };
+    return object.get(find, [](Platform::LibraryEnd end) { object.free(end); }).get();
 }
 
 // Null if the system's conversion is not one to one after all.

@@ -10,7 +10,7 @@
 namespace Tools {
 
 // The process's code page as tables, filled once by the system's own conversion, so that it answers
-// as the system does. Never changed or destroyed after it was made: any thread may use it.
+// as the system does. Made on first use (ProcessObject): any thread may use it at any time.
 class SingleBytePage {
 public:
     // Null if the process's code page is not a single-byte one.

@@ -166,8 +166,8 @@ void send(const char* format, va_list args)
     const Use use;
     if (!connect())
         return;
-    const FormattedText text(format, args);
-    if (text.get() && text.size() <= MostCharacters)
+    const FormattedText text(format, args, MostCharacters);
+    if (text.get())
         sendText(text.get());
 }
 

@@ -3,14 +3,18 @@
 #include <array>
 #include <cstdarg>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 namespace Tools {
 
-// The text of a call in the manner of printf. A short one needs no allocation.
+// The text of a call in the manner of printf. A short one needs no allocation, and one that is
+// longer than wanted gets none.
 class FormattedText {
 public:
-    FormattedText(const char* format, va_list args);
+    // A text of more than `most` characters counts as one that cannot be formatted. So does, with
+    // any limit, one with a number of more than 65,535.
+    FormattedText(const char* format, va_list args, std::size_t most = SIZE_MAX);
 
     // Null if the text cannot be formatted. It ends at its first NUL.
     const char* get() const { return m_text; }

@@ -49,9 +49,9 @@ private:
     friend class GroupCommand;
 
     bool m_reversible = false;
-    // Both belong to the object and are not copied: whether to look if this is a group, and how
-    // many entries of lists hold it.
-    bool m_mayBeGroup = false;
+    // Both belong to the object and are not copied: whether this is a GroupCommand, and how many
+    // entries of lists hold it.
+    bool m_isGroup = false;
     int m_entries = 0;
     std::string m_description;
 };
@@ -97,6 +97,9 @@ private:
 
 // A reversible command made of other commands, done and undone as one. Add those that were carried
 // out to its list, then give the group to the outer list with CommandList::addGroup().
+//
+// At its end its commands are deleted while its list is still there, so that they may take handlers
+// off it. The destructor of a derived class comes before that and finds all of them in the list.
 class MDTOOLS_API GroupCommand : public Command {
 public:
     GroupCommand();
@@ -109,7 +112,9 @@ public:
     // Of the inner list, undone ones included.
     bool hasCommands() const;
 
-    // Redoes, or undoes, all that the inner list can. Groups may be nested to any depth.
+    // Redoes, or undoes, all that the inner list can. GroupCommands may be nested to any depth.
+    // Objects of derived classes are called through these two, so each level of such groups takes
+    // its share of the stack while it runs; they may be destroyed at any depth as well.
     void activate() override;
     void reverse() override;
 

@@ -17,8 +17,10 @@ class CommandListState;
 // to. It owns its commands and notifies its handlers when it gets new ones or loses all. It belongs
 // to one thread.
 //
-// A command that runs may change the list that runs it: commands that are cut off then live on
-// until the outermost undo or redo of the thread has returned.
+// A command that runs may change the list that runs it, or destroy it: commands that are cut off
+// then live on until the outermost undo or redo of that list has returned. What a command cuts off
+// another list, which does not run, is deleted at once; so is what a group's list has cut off when
+// the group's own turn is over. No destructor of a list or group needs memory, nor stack for depth.
 class MDTOOLS_API CommandList {
 public:
     CommandList();

@@ -17,8 +17,9 @@
 // as it was, and nothing says so but reading the value again. On Linux a write waits up to five
 // seconds for another program that is writing just then, and is given up with a line on the debug
 // channel if that one does not end, because somebody stopped it for instance; reads wait for no
-// writer. What was written survives the death of the program. Different objects may be used from different threads at once, also when they
-// mean the same key; one object belongs to one thread at a time.
+// writer. What was written survives the death of the program. Different objects may be used from
+// different threads at once, also when they mean the same key; one object belongs to one thread at
+// a time.
 //
 // Paths separate keys by "/" or "\\" alike and ignore letter case. One leading separator is
 // dropped; a second one makes the path one that names nothing. A path of more than 4,096 characters

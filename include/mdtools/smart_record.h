@@ -14,6 +14,7 @@
 
 namespace Tools::Smart {
 
+class Entry;
 class Record;
 class RecordData;
 class Sequence;
@@ -277,7 +278,8 @@ private:
 };
 
 // Walks through the names of a record, which must outlive it. It may be kept while entries come and
-// go: an increment goes to the next greater name that is there then.
+// go, even all of them: it keeps the name that it is on, whose type is None while there is no such
+// entry, and an increment goes to the next greater name that is there then.
 class MDTOOLS_API Record::Iterator {
 public:
     using iterator_category = std::forward_iterator_tag;
@@ -285,20 +287,26 @@ public:
     using difference_type = std::ptrdiff_t;
     using reference = value_type;
 
-    // Keeps the pair alive while one of its members is asked for.
+    // The members of the pair. `first` is the iterator's own text: a reference to it stays valid as
+    // long as the iterator stays where it is.
     class pointer {
     public:
-        explicit pointer(value_type value) : m_value(std::move(value)) {}
-        const value_type* operator->() const { return &m_value; }
+        struct Members {
+            const std::string& first;
+            const Type second;
+        };
+
+        pointer(const std::string& name, Type type) : m_members{name, type} {}
+        const Members* operator->() const { return &m_members; }
 
     private:
-        value_type m_value;
+        Members m_members;
     };
 
     Iterator() = default;
 
-    value_type operator*() const;
-    pointer operator->() const { return pointer(**this); }
+    value_type operator*() const { return {m_name, type()}; }
+    pointer operator->() const { return pointer(m_name, type()); }
     Iterator& operator++();
     Iterator operator++(int);
 
@@ -314,7 +322,8 @@ private:
     explicit Iterator(const Record* record) : m_record(record) {}
 
     void settle(std::size_t block, std::size_t entry);
-    bool isSettled() const;
+    const Entry* settled() const;
+    Type type() const;
 
     const Record* m_record = nullptr;
     // Where the name was found; checked before use, because entries move within the record's index.

@@ -1,13 +1,29 @@
 #include "platform/page_decoder.h"
 
+#include "platform/posix/file_descriptor.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <fcntl.h>
 #include <iconv.h>
 #include <string>
 
 namespace Tools::Platform {
+
+// The converters are modules, which are looked up in one file and loaded from others.
+bool PageDecoder::canLook()
+{
+    constexpr int Needed = 4;
+    std::array<FileDescriptor, Needed> descriptors;
+    for (FileDescriptor& descriptor : descriptors) {
+        descriptor = FileDescriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+        if (!descriptor.valid())
+            return false;
+    }
+    return true;
+}
 
 PageDecoder::PageDecoder(unsigned page)
     : m_handle(::iconv_open("UTF-16LE", ("CP" + std::to_string(page)).c_str()))

@@ -44,6 +44,11 @@ std::size_t widePiece(const wchar_t* text, std::size_t size)
 
 }
 
+bool isCodePageKnown()
+{
+    return true;
+}
+
 void readLeadBytes(bool (&isLead)[256])
 {
     CPINFO info{};

@@ -2,13 +2,15 @@
 
 #include <cstddef>
 #include <istream>
+#include <stdexcept>
 #include <streambuf>
 #include <string>
 
 namespace MdToolsTest {
 
 // A stream buffer over a text, with a get area of a given size (none at all with 0) that is filled
-// anew with each underflow and gives characters back beyond its start only if it can put back.
+// anew with each underflow and gives characters back beyond its start only if it can put back. It
+// ends, or throws, after the text.
 class TextSource : public std::streambuf {
 public:
     struct Kind {
@@ -18,7 +20,9 @@ public:
     static constexpr Kind Kinds[] = {{0, false}, {0, true}, {1, false}, {1, true},   {2, true},
                                      {3, false}, {5, true}, {16, true}, {17, false}, {1000, true}};
 
-    TextSource(std::string text, Kind kind) : m_text(std::move(text)), m_kind(kind) {}
+    TextSource(std::string text, Kind kind, bool throwsAtEnd = false)
+        : m_text(std::move(text)), m_kind(kind), m_throwsAtEnd(throwsAtEnd)
+    {}
 
     static TextSource& of(std::istream& stream)
     {
@@ -32,7 +36,7 @@ protected:
     int_type underflow() override
     {
         if (m_next == m_text.size())
-            return traits_type::eof();
+            return end();
         if (m_kind.area > 0) {
             m_area = m_text.substr(m_next, m_kind.area);
             m_next += m_area.size();
@@ -46,8 +50,7 @@ protected:
     {
         if (m_kind.area > 0)
             return std::streambuf::uflow();
-        return m_next < m_text.size() ? traits_type::to_int_type(m_text[m_next++])
-                                      : traits_type::eof();
+        return m_next < m_text.size() ? traits_type::to_int_type(m_text[m_next++]) : end();
     }
 
     int_type pbackfail(int_type c) override
@@ -61,9 +64,17 @@ protected:
     }
 
 private:
+    int_type end() const
+    {
+        if (m_throwsAtEnd)
+            throw std::runtime_error("the source is broken");
+        return traits_type::eof();
+    }
+
     std::string m_text;
     std::string m_area;
     Kind m_kind;
+    bool m_throwsAtEnd;
     std::size_t m_next = 0;
 };
 
