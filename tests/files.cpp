@@ -47,6 +47,19 @@ protected:
         return path(name);
     }
 
+    // As long as somebody has the file "a" open.
+    void expectToKeepItsName(const std::string& name) const
+    {
+        EXPECT_TRUE(File::isLocked(name));
+        EXPECT_FALSE(File::remove(name));
+        EXPECT_FALSE(File::removeEx(name));
+        EXPECT_FALSE(File::removeEx(path("a*")));
+        EXPECT_FALSE(File::removeFiles({name}));
+        EXPECT_FALSE(File::removeByWildCard(m_directory, "a", true));
+        EXPECT_FALSE(File::rename(name, path("b")));
+        EXPECT_TRUE(File::exists(name));
+    }
+
     std::string m_directory = workPath("files");
 };
 
@@ -539,14 +552,7 @@ TEST_F(FileTest, filesInUse)
         SCOPED_TRACE(c.holder);
         make("a", "1\n");
         const Close close = c.hold();
-        EXPECT_TRUE(File::isLocked(name));
-        EXPECT_FALSE(File::remove(name));
-        EXPECT_FALSE(File::removeEx(name));
-        EXPECT_FALSE(File::removeEx(path("a*")));
-        EXPECT_FALSE(File::removeFiles({name}));
-        EXPECT_FALSE(File::removeByWildCard(m_directory, "a", true));
-        EXPECT_FALSE(File::rename(name, path("b")));
-        EXPECT_TRUE(File::exists(name));
+        expectToKeepItsName(name);
         if (MdToolsTest::OpenFilesAreNotShared) {
             EXPECT_FALSE(File::concatenate(make("source"), name));
             EXPECT_FALSE(File::copy(path("source"), name));
