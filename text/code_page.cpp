@@ -1,7 +1,6 @@
 #include "text/code_page.h"
 
 #include "platform/codepage.h"
-#include "text/process_object.h"
 #include "text/unicode_case.h"
 
 #include <algorithm>
@@ -44,11 +43,12 @@ void setPartner(CodePage::CaseMap& map, char16_t from, char16_t to)
 
 }
 
-const CodePage& CodePage::get()
+constinit ProcessObject<CodePage> CodePage::ms_page;
+
+const CodePage& CodePage::provide()
 {
-    static constinit ProcessObject<CodePage> object;
-    return object.get([] { return std::unique_ptr<CodePage>(new CodePage); },
-                      [](Platform::LibraryEnd end) { object.free(end); });
+    return ms_page.provide([] { return std::unique_ptr<CodePage>(new CodePage); },
+                           [](Platform::LibraryEnd end) { ms_page.free(end); });
 }
 
 CodePage::CodePage()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "text/process_object.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -12,7 +14,11 @@ namespace Tools {
 // case. Made from the page on first use (ProcessObject): any thread may use it at any time.
 class CodePage {
 public:
-    static const CodePage& get();
+    static const CodePage& get()
+    {
+        const CodePage* const page = ms_page.find();
+        return page != nullptr ? *page : provide();
+    }
 
     // One entry a byte.
     using ByteFlags = std::array<bool, 256>;
@@ -68,7 +74,10 @@ public:
 
 private:
     CodePage();
+    static const CodePage& provide();
     void readCase();
+
+    static ProcessObject<CodePage> ms_page;
 
     bool m_hasLeadBytes = false;
     bool m_hasPlainAscii = false;

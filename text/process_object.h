@@ -21,23 +21,10 @@ public:
     ProcessObject(const ProcessObject&) = delete;
     ProcessObject& operator=(const ProcessObject&) = delete;
 
+    // Null if it has to be provided: a test in the caller's own code, and a call the first time.
+    const T* find() const { return m_object.load(std::memory_order_acquire); }
+
     // `make` returns a unique pointer; `atEnd` calls free().
-    template <class Make>
-    const T& get(Make make, Platform::EndHandler atEnd)
-    {
-        const T* const object = m_object.load(std::memory_order_acquire);
-        return object != nullptr ? *object : provide(make, atEnd);
-    }
-
-    void free(Platform::LibraryEnd end)
-    {
-        if (end != Platform::LibraryEnd::Unloading)
-            return;
-        delete m_object.exchange(nullptr);
-        delete m_standIn.exchange(nullptr);
-    }
-
-private:
     template <class Make>
     const T& provide(Make make, Platform::EndHandler atEnd)
     {
@@ -53,6 +40,15 @@ private:
         return result;
     }
 
+    void free(Platform::LibraryEnd end)
+    {
+        if (end != Platform::LibraryEnd::Unloading)
+            return;
+        delete m_object.exchange(nullptr);
+        delete m_standIn.exchange(nullptr);
+    }
+
+private:
     std::atomic<const T*> m_object{nullptr};
     std::atomic<const T*> m_standIn{nullptr};
 };

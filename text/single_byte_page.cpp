@@ -1,7 +1,6 @@
 #include "text/single_byte_page.h"
 
 #include "platform/codepage.h"
-#include "text/process_object.h"
 
 #include <algorithm>
 #include <bit>
@@ -54,14 +53,14 @@ ByteBlock::Mask unequalBytes(ByteBlock bytes, bool isLatin)
 
 }
 
-const SingleBytePage* SingleBytePage::get()
+constinit ProcessObject<SingleBytePage::Answer> SingleBytePage::ms_answer;
+
+const SingleBytePage::Answer& SingleBytePage::provide()
 {
-    using Answer = std::unique_ptr<const SingleBytePage>;
-    static constinit ProcessObject<Answer> object;
     const auto find = [] {
         return std::make_unique<Answer>(Platform::isSingleBytePage() ? make() : nullptr);
     };
-    return object.get(find, [](Platform::LibraryEnd end) { object.free(end); }).get();
+    return ms_answer.provide(find, [](Platform::LibraryEnd end) { ms_answer.free(end); });
 }
 
 // Null if the system's conversion is not one to one after all.
