@@ -115,7 +115,9 @@ TEST(Receiver, endsThoughNobodyReadsItsOutput)
             receiver.closeReader();
         else if (c.signal != 0)
             receiver.signal(c.signal);
-        EXPECT_EQ(receiver.exitCode(), 1); // not all has been written
+        // 0 if the end came between two pieces, 1 within one that is not written as a whole.
+        const int code = receiver.exitCode();
+        EXPECT_TRUE(code == 0 || code == 1) << code;
         sender.join();
     }
 }

@@ -1,5 +1,7 @@
+#include <mdtools/application_registry.h>
 #include <mdtools/environment.h>
 #include <mdtools/print_job.h>
+#include <mdtools/registry.h>
 
 #include "support/child_process.h"
 #include "support/files.h"
@@ -65,6 +67,8 @@ TEST_F(PrintJob, everything)
     job.addASCIIFile("a");
     job.setProjectPath("\xE4+,-.09AZaz");
     job.setProjectName("Hall");
+    job.setProjectDescription("Roof");
+    job.setProjectDirectory("d");
     job.setAuthor("");
     job.addSubstitute("zz", "last");
     job.addSubstitute("zz", "very last");
@@ -95,6 +99,10 @@ TEST_F(PrintJob, everything)
               " <Optionen Env=\"meroda\" Charset=\"oem\" DirektDrucken=\"yes\""
               " Eingabedateienloeschen=\"yes\" XMLDateiloeschen=\"yes\"/>\n"
               " <PlatzhalterListe>\n"
+              "  <Platzhalter>\n   <Name>Project&#032;description</Name>\n"
+              "   <Inhalt>Roof</Inhalt>\n  </Platzhalter>\n"
+              "  <Platzhalter>\n   <Name>Project&#032;directory</Name>\n"
+              "   <Inhalt>d</Inhalt>\n  </Platzhalter>\n"
               "  <Platzhalter>\n   <Name>Project&#032;name</Name>\n   <Inhalt>Hall</Inhalt>\n"
               "  </Platzhalter>\n"
               "  <Platzhalter>\n   <Name>zz</Name>\n   <Inhalt>very&#032;last</Inhalt>\n"
@@ -109,6 +117,31 @@ TEST_F(PrintJob, withoutFilesOnlyTheToolStarts)
     job.setProjectName("Hall");
     EXPECT_EQ(printed(job), "");
     EXPECT_FALSE(fs::exists(m_parameters));
+}
+
+// The tool of the installation is named without quotes, in the current directory unless told.
+TEST_F(PrintJob, startsTheInstalledTool)
+{
+    using namespace Tools;
+    const fs::path folder = MdToolsTest::workDirectory();
+    const std::string tool = MdToolsTest::builtProgram("test_child_program");
+    fs::create_directory(folder / "Tools");
+    fs::create_directory(folder / "place");
+    fs::copy_file(fs::exists(tool) ? tool : tool + ".exe", folder / "Tools" / "MdPrint.Exe");
+    const std::string key = getMerodaRegistryPath("Install");
+    RegistryKey install = Registry::find(Registry::LocalMachine, key, true);
+    const RegistryValue former = install["Directory"];
+    RegistryValue value;
+    value.setName("Directory").setType(RegistryValue::String).setData(folder.string());
+    install.add(value);
+    InvokeMdPrint job(m_parameters);
+    job.addASCIIFile("a");
+    printed(job);
+    EXPECT_EQ(readText(m_record).find("directory: " + fs::current_path().filename().string()), 0U);
+    job.setCurrentDirectory((folder / "place").string());
+    printed(job);
+    EXPECT_EQ(readText(m_record).find("directory: place\n"), 0U);
+    install.add(former);
 }
 
 TEST_F(PrintJob, whatFailsIsNotReported)

@@ -291,6 +291,8 @@ TEST(Process, startAndWait)
 
 TEST(Process, leaveNothingBehind)
 {
+    // A system may have given this one a child for the windows of other tests.
+    const int children = MdToolsTest::countChildren();
     Process first;
     first.setCommandLine(inQuotes(recorder()) + " --silent");
     EXPECT_TRUE(first.run());
@@ -313,8 +315,10 @@ TEST(Process, leaveNothingBehind)
         thread.join();
     EXPECT_EQ(failures, 0);
     // Those that were not waited for end when they like.
-    EXPECT_TRUE(MdToolsTest::waitUntil([] { return MdToolsTest::countChildren() == 0; }))
-        << MdToolsTest::countChildren() << " children";
+    EXPECT_TRUE(MdToolsTest::waitUntil([children] {
+        return MdToolsTest::countChildren() <= children;
+    })) << MdToolsTest::countChildren()
+        << " children";
     EXPECT_LE(MdToolsTest::countHandles(), handles);
 }
 

@@ -72,6 +72,26 @@ TEST(CoreCount, countsCoresNotHardwareThreads)
                     "Number of processor L1/L2/L3 caches: 2/1/1\n"));
 }
 
+TEST(CoreCount, isDeterminedOnceAndBeforeAFunctionIsAsked)
+{
+    int (*const function)() = [] { return 16; };
+    FakeSource source;
+    source.processors.answer = Platform::Processors::Answer::Failed;
+    CoreCounter counter;
+    // What has failed is tried again each time, and the function is not asked.
+    EXPECT_EQ(counter.count(source, function), 3);
+    EXPECT_EQ(counter.count(source, nullptr), 3);
+    EXPECT_EQ(source.messages.size(), 2U);
+    source.processors = {};
+    source.processors.records = {{0, 0x1, 0}, {0, 0x2, 0}, {2, 0x3, 4}};
+    EXPECT_EQ(counter.count(source, function), 16);
+    const std::size_t messages = source.messages.size();
+    EXPECT_GT(messages, 2U);
+    source.processors.records.clear();
+    EXPECT_EQ(counter.count(source, nullptr), 2);
+    EXPECT_EQ(source.messages.size(), messages);
+}
+
 TEST(CoreCount, reportsTheMachineOnTheDebugChannel)
 {
     using testing::StartsWith;

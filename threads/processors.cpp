@@ -104,4 +104,17 @@ CoreCount determineCoreCount(const ProcessorSource& source)
     return {totals.cores, true};
 }
 
+int CoreCounter::count(const ProcessorSource& source, int (*function)())
+{
+    int known = m_known.load(std::memory_order_relaxed);
+    if (known == NotDetermined) {
+        const CoreCount count = determineCoreCount(source);
+        if (!count.isDetermined)
+            return count.cores;
+        known = count.cores;
+        m_known.store(known, std::memory_order_relaxed);
+    }
+    return function == nullptr ? known : function();
+}
+
 }

@@ -2,6 +2,8 @@
 
 #include "platform/processors.h"
 
+#include <atomic>
+
 namespace Tools {
 
 // What the core count is determined from and reported to: the system and the debug channel. Tests
@@ -21,5 +23,17 @@ struct CoreCount {
 };
 
 CoreCount determineCoreCount(const ProcessorSource& source);
+
+// Remembers the count once it is determined.
+class CoreCounter {
+public:
+    // What `function` returns, unless it is null; but only where the count can be determined, which
+    // is done and reported first. No lock: two first calls at once both determine the same number.
+    int count(const ProcessorSource& source, int (*function)());
+
+private:
+    static constexpr int NotDetermined = -1;
+    std::atomic<int> m_known{NotDetermined};
+};
 
 }

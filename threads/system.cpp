@@ -10,28 +10,14 @@ namespace Tools {
 
 namespace {
 
-constexpr int NotDetermined = -1;
-
-// No lock: two first calls at once both determine the same number.
-std::atomic<int> coreCount{NotDetermined};
+constinit CoreCounter coreCounter;
 std::atomic<int (*)()> coreCountFunction{nullptr};
 
 }
 
 int System::getCpuCoreCount()
 {
-    // Determined and reported even if the program has a function of its own, which is not asked
-    // where that fails.
-    int known = coreCount.load(std::memory_order_relaxed);
-    if (known == NotDetermined) {
-        const CoreCount count = determineCoreCount(ProcessorSource());
-        if (!count.isDetermined)
-            return count.cores;
-        known = count.cores;
-        coreCount.store(known, std::memory_order_relaxed);
-    }
-    int (*const function)() = coreCountFunction.load(std::memory_order_relaxed);
-    return function == nullptr ? known : function();
+    return coreCounter.count(ProcessorSource(), coreCountFunction.load(std::memory_order_relaxed));
 }
 
 void System::attachCpuCoreCountFunction(int (*function)())

@@ -281,7 +281,7 @@ bool DebugListener::State::refuse()
 
 void DebugListener::State::removeGone()
 {
-    senders.remove_if([this](const Sender& sender) {
+    senders.remove_if([](const Sender& sender) {
         if (!sender.gone)
             return false;
         sender.block.removeNames();
