@@ -19,8 +19,7 @@
 // - s_block, s_receiverFound and what the platform has opened are written while the link is
 //   Connecting, by the thread that made it so. Whoever has read Open afterwards may read them.
 // - The block's content and s_postponed belong to the thread that has taken the block: a
-// system-wide
-//   lock that the receiver knows, too.
+//   system-wide lock that the receiver knows, too.
 // - s_users counts the threads between a Use and its end. end() closes the link first and looks at
 //   the count then: at 0 nobody can come to what it frees; otherwise the system frees it.
 namespace Tools::DebugSender {

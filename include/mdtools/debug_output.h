@@ -15,7 +15,8 @@
 // longer one the first 4,095 bytes are sent, and the message ends there. A message that has more
 // than 65,535 characters once it is formatted, or that cannot be formatted, is not sent at all. A
 // null format sends nothing. Nothing is reported to the caller; a receiver that hangs holds up the
-// calling thread, one that ends does not.
+// calling thread, one that ends does not. When the receiver ends, what was not handed over is lost,
+// and so is all that the process traces from then on, also when another receiver is started.
 //
 // Every function here may be called from several threads at once, and by destructors of static
 // objects; each message arrives whole. A message sent while its own thread is still sending
@@ -33,7 +34,7 @@ MDTOOLS_API void debugVPrintf(const char* format, va_list args);
 MDTOOLS_API void debugPrintfLabel(const char* label, const char* format, ...);
 MDTOOLS_API void debugVPrintfLabel(const char* label, const char* format, va_list args);
 
-// The process's connection to the receiver, on which the functions above send.
+// The sender's end: the process's connection to the receiver, on which the functions above send.
 class MDTOOLS_API DebugReceiver {
 public:
     // Connects at the first use; never null.

@@ -8,8 +8,7 @@
 namespace Tools {
 
 // What a module (a program or a library) says about itself in its version resource. All texts are
-// empty where it says nothing; nothing is ever thrown. A value; any
-// thread may make one.
+// empty where it says nothing; nothing is ever thrown. A value; any thread may make one.
 //
 // A Windows module's resource is read on both systems; on Linux also what
 // mdtools_add_version_resource() of the library's CMake package puts into an ELF file.

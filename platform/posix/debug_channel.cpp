@@ -22,9 +22,8 @@ namespace {
 // - The pointers and the socket are written by the one thread that opens the channel, before the
 //   link counts as open, and by closing; threads read them only in between.
 // - The block, s_patience and the socket's conversation belong to the thread that holds the event
-//   (a semaphore of 1). It writes a piece, sends
-//   the request, and writes the next piece only after the answer: so the receiver reads a block
-//   that nobody is writing.
+//   (a semaphore of 1). It writes a piece, sends the request, and writes the next piece only after
+//   the answer: so the receiver reads a block that nobody is writing.
 // - s_holder is that thread's own id from after taking the event until before giving it back. Any
 //   thread may compare it with its own id: equal it can be only for the holder itself.
 

@@ -91,7 +91,8 @@ void watchForks()
 // after the other. What the one side writes for the other is on as few cache lines as possible:
 // each line that has to move between two cores costs as much as all the rest of a short batch.
 //
-// The hand-over has no lock. Its invariants:
+// One caller at a time: callers take turns by a lock above this class (thread_utility.cpp). The
+// hand-over itself has no lock. Its invariants:
 // - The slots are the caller's to write while no batch is out, that is until it stores the ticket
 //   and from when it has seen the last call completed. A thread may use slot i only after it has
 //   claimed call i; from then on the slot is that thread's alone.
@@ -188,8 +189,9 @@ private:
     // The first line is all that must reach another core before a single call can be made.
     std::array<Slot, FewSlots> m_few;
 
-    // The number of the batch and how many of its calls have been claimed. Only the pool's threads
-    // touch it; the number keeps one that was held up from claiming in the wrong batch.
+    // The number of the batch and how many of its calls have been claimed. Changed by the pool's
+    // threads alone, but for a forked child, which has none when it begins anew; the number keeps
+    // one that was held up from claiming in the wrong batch.
     alignas(CacheLine) std::atomic<std::uint64_t> m_claims{0};
 
     // How many calls have ever been completed, round and round.
