@@ -20,6 +20,7 @@
 
 #include <signal.h>
 #include <sqlite3.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -387,6 +388,77 @@ TEST_F(RegistryFiles, fork)
     EXPECT_EQ(status, 0);
     EXPECT_EQ(Platform::countValues(inherited.handle()), 201);
     EXPECT_EQ(m_key["c99"].getDWord(), 99u);
+}
+
+// Each fork closes the databases and opens them again, with the one counter that was there.
+TEST_F(RegistryFiles, forksLeaveNothingBehind)
+{
+    writeText("v", "1");
+    const auto mappedCounters = [] {
+        std::ifstream maps("/proc/self/maps");
+        int count = 0;
+        for (std::string line; std::getline(maps, line);)
+            count += line.find(" /dev/shm/") != std::string::npos ? 1 : 0;
+        return count;
+    };
+    const int before = mappedCounters();
+    EXPECT_GE(before, 1);
+    for (int i = 0; i < 20; ++i) {
+        const pid_t child = ::fork();
+        if (child == 0)
+            ::_exit(0);
+        ::waitpid(child, nullptr, 0);
+        writeText("v", std::to_string(i));
+    }
+    EXPECT_EQ(mappedCounters(), before);
+}
+
+// A moment without a descriptor to spare costs what was written in it and nothing else.
+TEST_F(RegistryFiles, noDescriptorForAMoment)
+{
+    writeText("v", "1");
+    const pid_t child = ::fork();
+    if (child == 0) {
+        rlimit limit{};
+        ::getrlimit(RLIMIT_NOFILE, &limit);
+        rlimit none = limit;
+        none.rlim_cur = 0;
+        ::setrlimit(RLIMIT_NOFILE, &none);
+        writeText("v", "2");
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+        writeText("w", "3");
+        ::_exit(m_key["v"].getString() == "1" && m_key["w"].getString() == "3" ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(m_key["w"].getString(), "3");
+}
+
+// Another program may hold the database for as long as it likes: reads go on, and a write is given
+// up in the end. SQLite itself takes its usual locks here, which agree with the store's own.
+TEST_F(RegistryFiles, aWriterThatStays)
+{
+    writeText("v", "1");
+    const fs::path ready = m_directory / "ready";
+    const pid_t holder = ::fork();
+    if (holder == 0) {
+        sqlite3* connection = nullptr;
+        sqlite3_open((ownStore() / "user.db").c_str(), &connection);
+        sqlite3_exec(connection, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr);
+        writeFile(ready, "");
+        ::pause();
+        ::_exit(0);
+    }
+    ASSERT_TRUE(waitUntil([&] { return fs::exists(ready); })) << "nobody holds the store";
+    EXPECT_EQ(run({"read", User, "none", ""}), "invalid\n");
+    EXPECT_EQ(Registry::find(Registry::CurrentUser, m_path, false)["v"].getString(), "1");
+    writeText("v", "2");
+    EXPECT_EQ(m_key["v"].getString(), "1");
+    ::kill(holder, SIGKILL);
+    ::waitpid(holder, nullptr, 0);
+    writeText("v", "3");
+    EXPECT_EQ(m_key["v"].getString(), "3");
 }
 
 // Other users read the machine's store and cannot change it, nor read this user's.

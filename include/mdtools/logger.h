@@ -91,7 +91,8 @@ public:
 
     void writeLine(const std::string& line) const;
     // Formats as printf does, whatever the length; an empty text is an empty line. Nothing is
-    // written if the text cannot be formatted. The spelling of the name is part of the interface.
+    // written if the text cannot be formatted, or if a width or precision in the format is beyond
+    // 65,535. The spelling of the name is part of the interface.
     void writeFormatedLine(const char* format, ...) const;
 
 private:
