@@ -4,9 +4,6 @@
 #include "support/registry_test.h"
 #include "support/waiting.h"
 
-#include <mdtools/environment.h>
-#include <mdtools/language.h>
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -461,6 +458,31 @@ TEST_F(RegistryFiles, aWriterThatStays)
     EXPECT_EQ(m_key["v"].getString(), "3");
 }
 
+// What is stored can be read when the disk is full, with or without the index of the log.
+TEST_F(RegistryFiles, fullDisk)
+{
+    const fs::path folder = m_directory / "disk";
+    const SmallDisk disk(folder.string(), 300 * 1024);
+    if (!disk.isThere())
+        GTEST_SKIP() << disk.why();
+    const Variables all = {{"MDTOOLS_REGISTRY_DIR", folder.string()}};
+    const auto child = [&all](const std::vector<std::string>& arguments) {
+        return runChild(builtProgram("settings_child"), arguments, all).output;
+    };
+    child({"write", User, "K", "v", "first"});
+    child({"words", User, "K", "w", "3000"});
+    {
+        std::ofstream filler(folder / "filler", std::ios::binary);
+        for (int i = 0; filler && i < 1000; ++i)
+            filler << std::string(1024, 'x') << std::flush;
+    }
+    child({"write", User, "K", "v", "second"});
+    EXPECT_EQ(child({"read", User, "K", "v"}), "first\n");
+    fs::remove(folder / "user.db-shm");
+    EXPECT_EQ(child({"read", User, "K", "v"}), "first\n");
+    EXPECT_EQ(child({"read", User, "K", "w7"}), "7\n");
+}
+
 // Other users read the machine's store and cannot change it, nor read this user's.
 TEST_F(RegistryFiles, otherUsers)
 {
@@ -544,36 +566,6 @@ TEST_F(RegistryFiles, largeAndManyValues)
     for (const char* name : {"a", "b", "c", "d", "e"})
         EXPECT_EQ(m_key[name].getString(), name + large);
     EXPECT_EQ(Platform::countValues(m_key.handle()), 5);
-}
-
-TEST(LanguageOfVariables, language)
-{
-    struct Case {
-        const char *all, *lang;
-        bool german, czech, slovak;
-    };
-    static const Case cases[] = {
-        {"de_DE.UTF-8", "cs_CZ", true, false, false}, {"cs", "de", false, true, false},
-        {"sk_SK@euro", "de", false, false, true},     {"C", "de_DE", false, false, false},
-        {"den_DE", "de_DE", false, false, false},
-    };
-    const Language language;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.all);
-        Environment("LC_ALL").setValue(c.all);
-        Environment("LANG").setValue(c.lang);
-        EXPECT_EQ(language.isGerman(), c.german);
-        EXPECT_EQ(language.isCzech(), c.czech);
-        EXPECT_EQ(language.isSlovak(), c.slovak);
-    }
-    ::unsetenv("LC_ALL");
-    EXPECT_FALSE(language.isSlovak());
-    ::setenv("LC_ALL", "", 1);
-    Environment("LANG").setValue("sk");
-    EXPECT_TRUE(language.isSlovak());
-    ::unsetenv("LC_ALL");
-    ::unsetenv("LANG");
-    EXPECT_FALSE(language.isGerman() || language.isCzech() || language.isSlovak());
 }
 
 }
