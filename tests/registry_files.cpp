@@ -3,7 +3,6 @@
 #include "support/files.h"
 #include "support/registry_test.h"
 #include "support/waiting.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
