@@ -3,6 +3,7 @@
 #include "support/files.h"
 #include "support/registry_test.h"
 #include "support/waiting.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
