@@ -156,10 +156,11 @@ void CommandListState::empty(CommandListState*& emptied) noexcept
 void CommandListState::endEmptied() noexcept
 {
     m_runs = 0;
-    if (m_group != nullptr)
-        delete m_group;
-    else
+    if (m_group == nullptr) {
         delete std::exchange(m_list, nullptr);
+        return;
+    }
+    delete m_group;
 }
 
 }

@@ -60,7 +60,7 @@ Platform::StartOptions startOptionsFor(const std::string& commandLine)
 {
     Platform::StartOptions options;
     // A NUL ends it for the system that takes it as a whole, so it does for the other one.
-    options.commandLine = commandLine.c_str();
+    options.commandLine = commandLine.substr(0, commandLine.find('\0'));
     options.parse = CommandLine::parse;
     return options;
 }

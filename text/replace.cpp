@@ -107,6 +107,7 @@ bool containsAny(const std::string& s, const std::string& chars, bool caseSensit
     const CodePage& page = CodePage::get();
     const CharacterSet set(page, chars);
     const std::string lowered = caseSensitive ? std::string() : toLower(s);
+    // NOLINTNEXTLINE(readability-use-anyofallof): the walk has no iterators that algorithms take
     for (const Character& character : page.characters(caseSensitive ? s : lowered)) {
         if (set.contains(character))
             return true;

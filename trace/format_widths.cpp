@@ -30,6 +30,11 @@ private:
     void readLength();
     void skipArgument();
     void skipInteger();
+    template <class Argument>
+    void skip()
+    {
+        static_cast<void>(va_arg(m_args, Argument));
+    }
 
     // How long an integer is, by the letter of its length: "H" stands for int and shorter, "q" for
     // long long.
@@ -102,13 +107,13 @@ void Conversions::skipArgument()
         skipInteger();
     } else if (isNumber()) {
         if (m_length == 'L')
-            static_cast<void>(va_arg(m_args, long double));
+            skip<long double>();
         else
-            static_cast<void>(va_arg(m_args, double));
+            skip<double>();
     } else if (m_conversion == 'c' || m_conversion == 'C') {
-        static_cast<void>(va_arg(m_args, int));
+        skip<int>();
     } else if (std::strchr("sSpn", m_conversion) != nullptr) {
-        static_cast<void>(va_arg(m_args, void*));
+        skip<void*>();
     }
 }
 
@@ -116,21 +121,21 @@ void Conversions::skipInteger()
 {
     switch (m_length) {
     case 'l':
-        static_cast<void>(va_arg(m_args, long));
+        skip<long>();
         break;
     case 'q':
     case 'L':
-        static_cast<void>(va_arg(m_args, long long));
+        skip<long long>();
         break;
     case 'j':
-        static_cast<void>(va_arg(m_args, std::intmax_t));
+        skip<std::intmax_t>();
         break;
     case 'z':
     case 't':
-        static_cast<void>(va_arg(m_args, std::ptrdiff_t));
+        skip<std::ptrdiff_t>();
         break;
     default:
-        static_cast<void>(va_arg(m_args, int));
+        skip<int>();
         break;
     }
 }

@@ -63,7 +63,7 @@ std::string getModuleFile(ModuleHandle module)
     link_map* map = nullptr;
     if (module == nullptr || ::dlinfo(module, RTLD_DI_LINKMAP, &map) != 0 || map->l_name[0] == '\0')
         return ownProgramFile();
-    const std::string name = map->l_name;
+    std::string name = map->l_name;
     if (name.front() == '/')
         return name;
     // Loaded by a relative name, which the current directory may not fit any more.
