@@ -127,12 +127,11 @@ void Conversions::skipInteger()
     case 'L':
         skip<long long>();
         break;
+    // All of 64 bits, as this library's platforms are.
     case 'j':
-        skip<std::intmax_t>();
-        break;
     case 'z':
     case 't':
-        skip<std::ptrdiff_t>();
+        skip<std::intmax_t>();
         break;
     default:
         skip<int>();
