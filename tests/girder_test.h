@@ -1,7 +1,7 @@
 #pragma once
 
 // What the tests of the girder program share.
-#include "girder/program.h"
+#include "../examples/girder/program.h"
 #include "support/files.h"
 #include "support/test_environment.h"
 
