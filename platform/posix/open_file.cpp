@@ -134,12 +134,20 @@ bool OutputFile::open(const std::string& path, Sharing sharing, Content content)
 
 bool OutputFile::writeText(const char* text, std::size_t size)
 {
-    std::size_t written = 0;
-    const int cause = m_isPlain ? writeAll(descriptor(m_handle), text, size, written)
-                                : writeToPipe(descriptor(m_handle), text, size, written);
+    // Nearly every line of a file goes in one call, which is all that it costs.
+    const ssize_t count = m_isPlain ? ::write(descriptor(m_handle), text, size) : 0;
+    std::size_t written = count > 0 ? std::size_t(count) : 0;
+    bool isDone = written == size;
+    if (!isDone) {
+        std::size_t rest = 0;
+        const int target = descriptor(m_handle);
+        isDone = (m_isPlain ? writeAll(target, text + written, size - written, rest)
+                            : writeToPipe(target, text, size, rest)) == 0;
+        written += rest;
+    }
     if (written > 0)
         m_wasTorn = text[written - 1] != '\n';
-    return cause == 0;
+    return isDone;
 }
 
 bool OutputFile::endsInsideLine() const
