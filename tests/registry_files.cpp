@@ -265,6 +265,13 @@ TEST_F(RegistryFiles, importsAllOrNothing)
     fs::create_directory(file + ".new");
     EXPECT_EQ(tool({"export", "HKCU", file, "--regedit4"}).exitCode, 1);
     EXPECT_EQ(readFile(file), before);
+    fs::remove(file + ".new");
+    {
+        const HeldFile held(file);
+        EXPECT_EQ(tool({"export", "HKCU", file, "--regedit4"}).exitCode, 1);
+    }
+    EXPECT_EQ(readFile(file), before);
+    EXPECT_FALSE(fs::exists(file + ".new"));
 }
 
 // Files cut short, as while a backup is copied over them, links in their place.
