@@ -29,6 +29,20 @@ void endWithoutMemory(std::optional<T>& object)
     isOutOfMemory = false;
 }
 
+// False where the run-time library takes memory for texts by operators of its own.
+bool areTextsCounted()
+{
+    const std::size_t before = MdToolsTest::liveCount;
+    std::size_t within = before;
+    {
+        std::ostringstream stream;
+        stream << std::string(100, 'x');
+        const std::string text = stream.str() + std::string(200, 'y');
+        within = MdToolsTest::liveCount;
+    }
+    return within > before && MdToolsTest::liveCount == before;
+}
+
 Smart::Record makeLevel(Smart::Record inner, bool inSequence)
 {
     Smart::Record outer;
@@ -82,13 +96,17 @@ TEST(Destruction, ofRecords)
         }
         endWithoutMemory(root);
         endWithoutMemory(copy);
-        EXPECT_EQ(MdToolsTest::liveCount, before);
+        if (areTextsCounted()) {
+            EXPECT_EQ(MdToolsTest::liveCount, before);
+        }
     }
 }
 
 // What a record does not hold any more is gone at once.
 TEST(Destruction, ofValues)
 {
+    if (!areTextsCounted())
+        GTEST_SKIP() << "What texts take cannot be counted here.";
     const Smart::Record inner = makeLevel(makeLevel(Smart::Record(), true), false);
     const std::string text(100, 't');
     Smart::Sequence sequence;
