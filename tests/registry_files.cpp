@@ -332,10 +332,13 @@ TEST_F(RegistryFiles, changeCounter)
         std::fstream file(counter, std::ios::binary | std::ios::in | std::ios::out);
         file.write(reinterpret_cast<const char*>(&number), sizeof number);
     };
-    const auto checkChanges = [this] {
+    RegistryKey other(m_key, "Other", true);
+    const auto checkChanges = [&] {
         for (const std::string text : {"1", "2", "3"}) {
             EXPECT_EQ(m_key["v"].valid(), text != "1");
             runChild(builtProgram("settings_child"), {"write", User, m_path, "v", text});
+            // A change of our own in between must not make what was known of "v" new.
+            other.add(makeValue("w", RegistryValue::String).setData(text));
             EXPECT_EQ(m_key["v"].getString(), text);
             writeText("w", text);
             EXPECT_EQ(m_key["W"].getString(), text);
@@ -361,6 +364,7 @@ TEST_F(RegistryFiles, changeCounter)
 TEST_F(RegistryFiles, exchangedStore)
 {
     writeText("v", "old");
+    EXPECT_EQ(m_key["v"].getString(), "old");
     Platform::ChangeBatch batch;
     writeText("v", "lost");
     const fs::path kept = m_directory / "kept";
