@@ -67,6 +67,13 @@ bool isCounter(const FileDescriptor& file, uid_t owner)
            info.st_size >= static_cast<off_t>(Size);
 }
 
+// Something else may be there instead: a link, a folder, a file that only its owner can read.
+bool isForeign(const std::string& path, uid_t owner)
+{
+    struct stat info {};
+    return ::lstat(path.c_str(), &info) == 0 && (!S_ISREG(info.st_mode) || info.st_uid != owner);
+}
+
 // Removes the names of databases that nobody uses any more.
 void removeUnused(uid_t owner)
 {
@@ -130,7 +137,7 @@ bool ChangeCounter::open(const std::string& database, Missing missing)
             file = FileDescriptor(::open(path.c_str(), O_RDONLY | Safely));
         if (!file.valid() && isShortage(errno))
             return false;
-        if (file.valid() && !isCounter(file, info.st_uid))
+        if (file.valid() ? !isCounter(file, info.st_uid) : isForeign(path, info.st_uid))
             return true;
         if (file.valid() && lockFile(file, F_RDLCK) && isNamed(file, path))
             return attach(std::move(file));

@@ -162,14 +162,15 @@ private:
         return result;
     }
 
-    // On a full disk what is stored can still be read.
+    // On a full disk what is stored can still be read. SQLite is about to make the index when it
+    // learns that there is no room for it, and has to begin anew to take the private one.
     int withoutRoom()
     {
         if (!m_regions.empty())
             return SQLITE_FULL;
         m_isPrivate = true;
         lockBytes(m_file, F_UNLCK, IndexInUse, 1);
-        return SQLITE_READONLY_CANTINIT;
+        return SQLITE_BUSY;
     }
 
     // The first one to come cannot know what the last one left: a killed writer may have been in

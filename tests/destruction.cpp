@@ -8,8 +8,11 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <sstream>
+#include <string>
 #include <utility>
 
 namespace {
@@ -24,6 +27,20 @@ void endWithoutMemory(std::optional<T>& object)
     isOutOfMemory = true;
     object.reset();
     isOutOfMemory = false;
+}
+
+// False where the run-time library takes memory for texts by operators of its own.
+bool areTextsCounted()
+{
+    const std::size_t before = MdToolsTest::liveCount;
+    std::size_t within = before;
+    {
+        std::ostringstream stream;
+        stream << std::string(100, 'x');
+        const std::string text = stream.str() + std::string(200, 'y');
+        within = MdToolsTest::liveCount;
+    }
+    return within > before && MdToolsTest::liveCount == before;
 }
 
 Smart::Record makeLevel(Smart::Record inner, bool inSequence)
@@ -41,6 +58,13 @@ Smart::Record makeLevel(Smart::Record inner, bool inSequence)
     return outer;
 }
 
+std::string textOf(const Smart::Record& record)
+{
+    std::ostringstream stream;
+    record.writeTo(stream, 0, "");
+    return stream.str();
+}
+
 TEST(Destruction, ofRecords)
 {
     struct Case {
@@ -54,6 +78,7 @@ TEST(Destruction, ofRecords)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(::testing::Message() << c.depth << " deep, " << c.width << " wide");
+        const std::size_t before = MdToolsTest::liveCount;
         std::optional<Smart::Record> root(std::in_place);
         Smart::Sequence trees;
         for (int i = 0; i < c.width; ++i) {
@@ -64,11 +89,48 @@ TEST(Destruction, ofRecords)
         }
         root->setSequence("trees", std::move(trees));
         std::optional<Smart::Record> copy(std::in_place);
-        if (c.width == 1)
+        if (c.width < 10)
             *copy = *root;
+        if (c.depth < 100 && c.width < 10) {
+            EXPECT_EQ(textOf(*copy), textOf(*root));
+        }
         endWithoutMemory(root);
         endWithoutMemory(copy);
+        if (areTextsCounted()) {
+            EXPECT_EQ(MdToolsTest::liveCount, before);
+        }
     }
+}
+
+// What a record does not hold any more is gone at once.
+TEST(Destruction, ofValues)
+{
+    if (!areTextsCounted())
+        GTEST_SKIP() << "What texts take cannot be counted here.";
+    const Smart::Record inner = makeLevel(makeLevel(Smart::Record(), true), false);
+    const std::string text(100, 't');
+    Smart::Sequence sequence;
+    sequence.push_back(inner);
+    using Set = std::function<void(Smart::Record&)>;
+    const Set sets[] = {
+        [&](Smart::Record& record) { record.setText("v", text); },
+        [&](Smart::Record& record) { record.setRecord("v", inner); },
+        [&](Smart::Record& record) { record.setSequence("v", sequence); },
+        [](Smart::Record& record) { record.setReal("v", 0.5); },
+        [](Smart::Record& record) { record.setDecimal("v", 7); },
+    };
+    const std::size_t before = MdToolsTest::liveCount;
+    for (const Set& first : sets) {
+        for (const Set& second : sets) {
+            Smart::Record record;
+            record.setText("other", text);
+            first(record);
+            second(record);
+            record.erase("v");
+            EXPECT_EQ(record.getText("other"), text);
+        }
+    }
+    EXPECT_EQ(MdToolsTest::liveCount, before);
 }
 
 int alive = 0;

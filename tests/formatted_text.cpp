@@ -54,6 +54,8 @@ TEST(FormattedText, isBounded)
         {textOf(Any, "%*d", 65535, 1), "655351"},
         {textOf(Any, "%*d", 65536, 1), "none"},
         {textOf(Any, "%*s", 70000, "a"), "70000a"},
+        {textOf(Any, "%.*d", 65536, 1), "none"},
+        {textOf(Any, "%.70000s%d", "a", 5), "a5"},
         // No more than there is, or than a negative one says.
         {textOf(65535, "%.*s", Huge, "abc"), "abc"},
         {textOf(65535, "%.*d", -5, 7), "7"},
@@ -65,6 +67,8 @@ TEST(FormattedText, isBounded)
                 std::ptrdiff_t{6}, std::intmax_t{7}, 3, 8),
          "1234567  8"},
         {textOf(65535, "%g%Lg%c%s%p%*d", 1.5, 2.5L, 'c', "s", nullptr, Huge, 8), "none"},
+        {textOf(Any, "%d%d%d%d%Lg%*d", 1, 2, 3, 4, 2.5L, 65536, 8), "none"},
+        {textOf(Any, "%p%*d", nullptr, 65536, 8), "none"},
         {textOf(65535, "%%%*c", Huge, 'c'), "none"},
         {textOf(65535, "%-*.*f|", 8, 2, 1.0), "1.00    |"},
     };

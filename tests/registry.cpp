@@ -181,6 +181,13 @@ TEST_F(RegistryTest, addAndRemove)
     EXPECT_FALSE(m_key["a"].valid());
     EXPECT_EQ(m_key[""].getString(), "default");
 
+    // What lies between the letters has no case.
+    writeText("[\\]^_", "upper");
+    writeText("{|}~\x7F", "lower");
+    EXPECT_EQ(m_key["[\\]^_"].getString(), "upper");
+    writeText("@", "upper");
+    EXPECT_FALSE(m_key["`"].valid());
+
     // Letters of the code page have case, too.
     writeText("\xC4ndern", "3");
     EXPECT_EQ(m_key["\xE4NDERN"].getString(), "3");

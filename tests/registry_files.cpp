@@ -1,6 +1,7 @@
 // What only the stores on Linux have: files, their rights, and what can happen to them.
 #include "support/child_process.h"
 #include "support/files.h"
+#include "support/posix/change_counters.h"
 #include "support/registry_test.h"
 #include "support/waiting.h"
 
@@ -11,7 +12,6 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -122,6 +122,15 @@ TEST_F(RegistryFiles, damagedStoreIsLeftAlone)
                  nullptr);
     sqlite3_close(connection);
 
+    // Right but for its mark, or of a later version.
+    const auto marked = [&](const char* mark) {
+        writeFile(other, good);
+        sqlite3_open(other.c_str(), &connection);
+        sqlite3_exec(connection, mark, nullptr, nullptr, nullptr);
+        sqlite3_close(connection);
+        return readFile(other);
+    };
+    const std::string foreign = readFile(other);
     const std::string damages[] = {
         "",
         "x",
@@ -129,7 +138,9 @@ TEST_F(RegistryFiles, damagedStoreIsLeftAlone)
         noise,
         good.substr(0, 100),
         good.substr(0, 2000),
-        readFile(other),
+        foreign,
+        marked("PRAGMA application_id = 1"),
+        marked("PRAGMA user_version = 1000"),
     };
     for (const std::string& damage : damages) {
         SCOPED_TRACE(damage.size());
@@ -254,16 +265,33 @@ TEST_F(RegistryFiles, importsAllOrNothing)
     fs::create_directory(file + ".new");
     EXPECT_EQ(tool({"export", "HKCU", file, "--regedit4"}).exitCode, 1);
     EXPECT_EQ(readFile(file), before);
+    fs::remove(file + ".new");
+    {
+        const HeldFile held(file);
+        EXPECT_EQ(tool({"export", "HKCU", file, "--regedit4"}).exitCode, 1);
+    }
+    EXPECT_EQ(readFile(file), before);
+    EXPECT_FALSE(fs::exists(file + ".new"));
 }
 
 // Files cut short, as while a backup is copied over them, links in their place.
 TEST_F(RegistryFiles, filesThatOthersChange)
 {
     writeText("v", "1");
-    fs::resize_file(ownStore() / "user.db-shm", 0);
-    writeText("w", "2");
-    EXPECT_EQ(m_key["v"].getString(), "1");
-    EXPECT_EQ(m_key["W"].getString(), "2");
+    for (const std::uintmax_t size : {0, 4096, 20000}) {
+        SCOPED_TRACE(size);
+        fs::resize_file(ownStore() / "user.db-shm", size);
+        writeText("w", std::to_string(size));
+        EXPECT_EQ(m_key["v"].getString(), "1");
+        EXPECT_EQ(m_key["W"].getString(), std::to_string(size));
+    }
+
+    // The index of the log as a killed writer may have left it: without what was committed.
+    run({"write", User, "K", "v", "1"});
+    const std::string stale = readFile(m_directory / "user.db-shm");
+    run({"write", User, "K", "v", "2"});
+    writeFile(m_directory / "user.db-shm", stale);
+    EXPECT_EQ(run({"read", User, "K", "v"}), "2\n");
 
     for (const char* name : {"user.db", "user.db-wal", "user.db-shm"}) {
         SCOPED_TRACE(name);
@@ -294,19 +322,6 @@ TEST_F(RegistryFiles, manyMakeTheStoreAtOnce)
         EXPECT_EQ(run({"read", i % 2 == 0 ? User : Machine, "k\\l", std::to_string(i)}), "made\n");
 }
 
-// The shared memory with the number of changes of a database.
-fs::path counterOf(const fs::path& database)
-{
-    struct stat info {};
-    ::stat(database.c_str(), &info);
-    std::ostringstream name;
-    name << "mdtools-" << info.st_uid << '-' << std::hex << info.st_dev << '-' << info.st_ino;
-    for (const fs::directory_entry& entry : fs::directory_iterator("/dev/shm"))
-        if (entry.path().filename().string().starts_with(name.str() + '-'))
-            return entry.path();
-    return fs::path();
-}
-
 // Whatever number a killed writer or some nonsense left, changes are seen.
 TEST_F(RegistryFiles, changeCounter)
 {
@@ -317,10 +332,13 @@ TEST_F(RegistryFiles, changeCounter)
         std::fstream file(counter, std::ios::binary | std::ios::in | std::ios::out);
         file.write(reinterpret_cast<const char*>(&number), sizeof number);
     };
-    const auto checkChanges = [this] {
+    RegistryKey other(m_key, "Other", true);
+    const auto checkChanges = [&] {
         for (const std::string text : {"1", "2", "3"}) {
             EXPECT_EQ(m_key["v"].valid(), text != "1");
             runChild(builtProgram("settings_child"), {"write", User, m_path, "v", text});
+            // A change of our own in between must not make what was known of "v" new.
+            other.add(makeValue("w", RegistryValue::String).setData(text));
             EXPECT_EQ(m_key["v"].getString(), text);
             writeText("w", text);
             EXPECT_EQ(m_key["W"].getString(), text);
@@ -346,6 +364,9 @@ TEST_F(RegistryFiles, changeCounter)
 TEST_F(RegistryFiles, exchangedStore)
 {
     writeText("v", "old");
+    EXPECT_EQ(m_key["v"].getString(), "old");
+    Platform::ChangeBatch batch;
+    writeText("v", "lost");
     const fs::path kept = m_directory / "kept";
     fs::create_directory(kept);
     for (const char* name : {"user.db", "user.db-wal", "user.db-shm"})
@@ -357,6 +378,7 @@ TEST_F(RegistryFiles, exchangedStore)
         });
     };
     ASSERT_TRUE(reads("")) << "the old store is still read";
+    EXPECT_FALSE(batch.commit()) << "the batch went with the old store";
     runChild(builtProgram("settings_child"), {"write", User, m_path, "v", "new"});
     ASSERT_TRUE(reads("new")) << "the new store is not read";
     // The old key belonged to the old store.
@@ -471,14 +493,16 @@ TEST_F(RegistryFiles, fullDisk)
     };
     child({"write", User, "K", "v", "first"});
     child({"words", User, "K", "w", "3000"});
-    {
-        std::ofstream filler(folder / "filler", std::ios::binary);
+    const auto fill = [&folder](const char* name) {
+        std::ofstream filler(folder / name, std::ios::binary);
         for (int i = 0; filler && i < 1000; ++i)
             filler << std::string(1024, 'x') << std::flush;
-    }
+    };
+    fill("filler");
     child({"write", User, "K", "v", "second"});
     EXPECT_EQ(child({"read", User, "K", "v"}), "first\n");
     fs::remove(folder / "user.db-shm");
+    fill("more");
     EXPECT_EQ(child({"read", User, "K", "v"}), "first\n");
     EXPECT_EQ(child({"read", User, "K", "w7"}), "7\n");
 }
@@ -506,6 +530,21 @@ TEST_F(RegistryFiles, otherUsers)
     ASSERT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(machine["v"].getDWord(), 5u);
+
+    // A store that could only be read is written as soon as that is allowed.
+    const pid_t second = ::fork();
+    if (second == 0) {
+        {
+            const OrdinaryUser user;
+            machine.add(makeValue("v", RegistryValue::DWord).setData(6));
+        }
+        const bool isRefused = machine["v"].getDWord() == 5;
+        machine.add(makeValue("v", RegistryValue::DWord).setData(7));
+        ::_exit(isRefused ? 0 : 1);
+    }
+    ASSERT_EQ(::waitpid(second, &status, 0), second);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(machine["v"].getDWord(), 7u);
 }
 
 // A library that is unloaded closes what it had open. Tables of constants stay by intention; a leak

@@ -234,13 +234,14 @@ std::string exportTree(const KeyPath& top, Format format)
 }
 
 // The new file is written aside and takes the old one's name when it is complete, so that a full
-// disk leaves the old one as it was. What is no file, a pipe or a device, is written as it comes.
+// disk leaves the old one as it was, and so does a program that holds it. What is no file, a pipe
+// or a device, is written as it comes.
 void exportTo(const std::string& file, const KeyPath& path, Format format)
 {
     const std::string bytes = exportTree(path, format);
     const bool isFile = Platform::entryType(file) == Platform::EntryType::None ||
                         (Platform::entryType(file) == Platform::EntryType::File &&
-                         Platform::InputFile(file).isOpen());
+                         (Platform::InputFile(file).isOpen() || Platform::isLocked(file)));
     const std::string aside = isFile ? file + ".new" : file;
     std::ofstream stream(aside, std::ios::binary);
     stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));

@@ -9,6 +9,8 @@ namespace MdToolsTest {
 
 // How many allocations were asked for.
 extern std::atomic<std::size_t> allocationCount;
+// How many of them have not been given back.
+extern std::atomic<std::size_t> liveCount;
 
 // Refuses every allocation while it is true.
 extern std::atomic<bool> isOutOfMemory;
