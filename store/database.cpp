@@ -215,7 +215,10 @@ Database::State Database::open()
 Database::State Database::openForChange()
 {
     const State state = open();
-    const bool isRefused = state == State::Open && sqlite3_db_readonly(m_connection, "main") == 1;
+    // The disk may have room for the index by now, too.
+    const bool isRefused =
+        state == State::Open &&
+        (sqlite3_db_readonly(m_connection, "main") == 1 || !isIndexShared(m_connection));
     if (!isRefused || ::faccessat(AT_FDCWD, databaseFile().c_str(), R_OK | W_OK, AT_EACCESS) != 0)
         return state;
     close();

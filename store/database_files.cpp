@@ -39,7 +39,8 @@ constexpr int ReaderCount = SQLITE_SHM_NLOCK - FirstReader;
 constexpr std::size_t IndexHeader = 136;
 
 constexpr int SectorSize = 4096;
-constexpr int IndexOperation = 0x4D64;
+constexpr int IsIndexWhole = 0x4D64;
+constexpr int IsIndexShared = 0x4D65;
 constexpr int LongestSleep = 1000;
 
 int lockBytes(const FileDescriptor& file, short kind, off_t start, off_t length)
@@ -59,6 +60,7 @@ int lockBytes(const FileDescriptor& file, short kind, off_t start, off_t length)
 class Index {
 public:
     bool isOpen() const { return m_isOpen; }
+    bool isShared() const { return !m_isPrivate; }
 
     int open(const std::string& database, bool isReadOnly)
     {
@@ -366,9 +368,10 @@ private:
 
 int control(sqlite3_file* file, int operation, void* argument)
 {
-    if (operation != IndexOperation)
+    const Index& index = File::of(file).index();
+    if (operation != IsIndexWhole && operation != IsIndexShared)
         return SQLITE_NOTFOUND;
-    *static_cast<bool*>(argument) = File::of(file).index().isWhole();
+    *static_cast<bool*>(argument) = operation == IsIndexWhole ? index.isWhole() : index.isShared();
     return SQLITE_OK;
 }
 
@@ -503,10 +506,17 @@ void forgetDatabaseFiles()
         sqlite3_vfs_unregister(files);
 }
 
+bool isIndexShared(sqlite3* connection)
+{
+    bool isShared = true;
+    sqlite3_file_control(connection, "main", IsIndexShared, &isShared);
+    return isShared;
+}
+
 bool isIndexWhole(sqlite3* connection)
 {
     bool isWhole = true;
-    sqlite3_file_control(connection, "main", IndexOperation, &isWhole);
+    sqlite3_file_control(connection, "main", IsIndexWhole, &isWhole);
     return isWhole;
 }
 

@@ -12,6 +12,10 @@ const char* databaseFiles();
 // To be called when all databases are closed and the library goes.
 void forgetDatabaseFiles();
 
+// False for a database whose index could not be made or may not be written: this connection reads
+// by an index of its own and cannot write.
+bool isIndexShared(sqlite3* connection);
+
 // False when the index of the write-ahead log was cut off under its map, as by a backup that is
 // copied over it: touching it would end the program.
 bool isIndexWhole(sqlite3* connection);

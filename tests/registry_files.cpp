@@ -492,7 +492,7 @@ TEST_F(RegistryFiles, fullDisk)
         return runChild(builtProgram("settings_child"), arguments, all).output;
     };
     child({"write", User, "K", "v", "first"});
-    child({"words", User, "K", "w", "3000"});
+    child({"words", User, "K", "w", "50"});
     const auto fill = [&folder](const char* name) {
         std::ofstream filler(folder / name, std::ios::binary);
         for (int i = 0; filler && i < 1000; ++i)
@@ -505,6 +505,15 @@ TEST_F(RegistryFiles, fullDisk)
     fill("more");
     EXPECT_EQ(child({"read", User, "K", "v"}), "first\n");
     EXPECT_EQ(child({"read", User, "K", "w7"}), "7\n");
+    // Who found no room for the index writes when there is some again.
+    Child writer(builtProgram("settings_child"), {"count", User, "K", "n"}, all);
+    EXPECT_EQ(child({"read", User, "K", "n"}), "invalid\n");
+    fs::remove(folder / "filler");
+    fs::remove(folder / "more");
+    EXPECT_TRUE(waitUntil([&] {
+        return child({"read", User, "K", "n"}) != "invalid\n";
+    })) << "nothing is written";
+    writer.kill();
 }
 
 // Other users read the machine's store and cannot change it, nor read this user's.
