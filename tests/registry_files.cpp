@@ -499,11 +499,13 @@ TEST_F(RegistryFiles, fullDisk)
             filler << std::string(1024, 'x') << std::flush;
     };
     fill("filler");
+    // There may be a last piece of room for it.
     child({"write", User, "K", "v", "second"});
-    EXPECT_EQ(child({"read", User, "K", "v"}), "first\n");
+    const std::string kept = child({"read", User, "K", "v"});
+    EXPECT_TRUE(kept == "first\n" || kept == "second\n") << kept;
     fs::remove(folder / "user.db-shm");
     fill("more");
-    EXPECT_EQ(child({"read", User, "K", "v"}), "first\n");
+    EXPECT_EQ(child({"read", User, "K", "v"}), kept);
     EXPECT_EQ(child({"read", User, "K", "w7"}), "7\n");
     // Who found no room for the index writes when there is some again.
     Child writer(builtProgram("settings_child"), {"count", User, "K", "n"}, all);
