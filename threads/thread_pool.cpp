@@ -1,11 +1,8 @@
-#include <mdtools/system.h>
 #include <mdtools/threads.h>
 
 #include "platform/lifetime.h"
 #include "threads/sized_pool.h"
 
-#include <algorithm>
-#include <limits>
 #include <vector>
 
 namespace Tools {
@@ -72,15 +69,6 @@ void ThreadPool::clearWorks()
     const CriticalSectionLocker locker(m_state->lock);
     m_state->works.clear();
     m_state->items.clear();
-}
-
-Platform::Pool* createSizedPool()
-{
-    constexpr int MinimumThreads = 2;
-    constexpr int MostCores = std::numeric_limits<int>::max() / 2;
-    // A program may have attached anything for the count.
-    const int cores = std::clamp(System::getCpuCoreCount(), 1, MostCores);
-    return Platform::createPool(MinimumThreads, 2 * cores);
 }
 
 }
